@@ -1,0 +1,27 @@
+// A thread of execution with a virtual body.
+#pragma once
+
+#include <pthread.h>
+
+namespace quenlor {
+
+// The object must live until join() returned, or for ever when its thread is abandoned.
+class Thread {
+ public:
+  Thread() = default;
+  Thread(const Thread&) = delete;
+  Thread& operator=(const Thread&) = delete;
+  virtual ~Thread() = default;
+
+  bool start();  // false when no thread could be made
+  void join();   // waits for run() to return; nothing when the thread was never started
+  virtual void run() = 0;
+
+ private:
+  static void* entry(void* self);
+
+  pthread_t m_thread{};
+  bool m_started = false;
+};
+
+}  // namespace quenlor

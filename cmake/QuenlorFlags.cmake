@@ -1,0 +1,26 @@
+# Compiler and linker settings shared by every target.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_package(Threads REQUIRED)
+
+add_library(quenlor_flags INTERFACE)
+target_compile_options(quenlor_flags INTERFACE
+  -Wall -Wextra -Wconversion -Werror -Wshadow -Wnon-virtual-dtor -Wformat=2 -Wno-format-nonliteral)
+target_compile_definitions(quenlor_flags INTERFACE _GNU_SOURCE)
+target_include_directories(quenlor_flags INTERFACE "${PROJECT_SOURCE_DIR}")
+target_link_libraries(quenlor_flags INTERFACE Threads::Threads)
+
+if(QUENLOR_SANITIZE)
+  target_compile_options(quenlor_flags INTERFACE
+    -fsanitize=${QUENLOR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(quenlor_flags INTERFACE -fsanitize=${QUENLOR_SANITIZE})
+else()
+  target_compile_options(quenlor_flags INTERFACE
+    -fstack-protector-strong -fstack-clash-protection -fcf-protection
+    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
+    $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=3>)
+endif()

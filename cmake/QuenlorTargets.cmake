@@ -1,0 +1,36 @@
+# quenlor_library(<name> SOURCES ... [DEPENDS ...] [PRIVATE ...])
+# One static library per folder. DEPENDS and PRIVATE name other libraries: "base" means quenlor::base,
+# a name with "::" is taken as it is.
+function(quenlor_qualified out)
+  set(names "")
+  foreach(name IN LISTS ARGN)
+    if(name MATCHES "::|^-|/" OR name STREQUAL "dl")
+      list(APPEND names "${name}")
+    else()
+      list(APPEND names "quenlor::${name}")
+    endif()
+  endforeach()
+  set(${out} "${names}" PARENT_SCOPE)
+endfunction()
+
+function(quenlor_library name)
+  cmake_parse_arguments(arg "" "" "SOURCES;DEPENDS;PRIVATE" ${ARGN})
+  add_library(quenlor_${name} STATIC ${arg_SOURCES})
+  add_library(quenlor::${name} ALIAS quenlor_${name})
+  quenlor_qualified(depends ${arg_DEPENDS})
+  quenlor_qualified(private ${arg_PRIVATE})
+  target_link_libraries(quenlor_${name} PUBLIC quenlor_flags ${depends} PRIVATE ${private})
+endfunction()
+
+# quenlor_test(<name> SOURCES ... DEPENDS ...)
+# A GoogleTest program test_<name>; each of its tests becomes a ctest test with the label "unit".
+function(quenlor_test name)
+  cmake_parse_arguments(arg "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_executable(test_${name} ${arg_SOURCES})
+  quenlor_qualified(depends ${arg_DEPENDS})
+  target_link_libraries(test_${name} PRIVATE ${depends} quenlor::testsupport GTest::gmock_main)
+  target_compile_definitions(test_${name} PRIVATE
+    QUENLOR_SOURCE_DIR="${PROJECT_SOURCE_DIR}" QUENLOR_BINARY_DIR="${PROJECT_BINARY_DIR}")
+  gtest_discover_tests(test_${name} TEST_PREFIX "${name}." PROPERTIES LABELS unit TIMEOUT 120
+                       DISCOVERY_TIMEOUT 60)
+endfunction()

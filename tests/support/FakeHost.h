@@ -1,0 +1,129 @@
+// A machine made of texts: files, commands, directories, devices and a clock that tests set.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "host/Host.h"
+
+namespace quenlor::test {
+
+// Output and wait status of a fake command.
+struct CommandResult {
+  std::string output;
+  int waitStatus = 0;  // as wait() gives it: exit code << 8
+};
+
+// Answers of a fake device node; unset operations fail with ENOTTY or EINVAL.
+struct FakeDevice {
+  std::function<int(unsigned long request, void* argument)> ioctl;
+  std::function<ssize_t(const void* data, size_t size)> write;
+  std::function<ssize_t(void* data, size_t size)> read;
+  std::set<int> deniedAccessModes;  // O_RDONLY, O_RDWR: open fails with EACCES for these
+};
+
+// Everything that is not set is missing: files give ENOENT, commands print nothing and exit with 127
+// as the shell does. Installs itself as host() for its lifetime. Records what was asked for.
+class FakeHost : public Host {
+ public:
+  FakeHost();
+  ~FakeHost() override;
+
+  // --- what the machine holds ---
+  std::map<std::string, std::string> files;                     // path to content; also for stat and open
+  std::map<std::string, std::vector<std::string>> directories;  // path to names, without "." and ".."
+  std::map<std::string, CommandResult> commands;                // command line to result
+  std::set<std::string> unstartableCommands;                    // popen gives null for these
+  std::map<std::string, FakeDevice> devices;                    // node to answers
+  FakeDevice socketDevice;                                      // ioctls on any socket
+  bool socketsFail = false;
+  std::map<std::string, std::string> hostNames;                 // dotted quad to name
+  std::map<std::string, struct statvfs> fileSystems;            // mount point to statvfs result
+  std::optional<struct utsname> unameResult;
+  std::optional<struct sysinfo> sysinfoResult;
+  std::map<short, struct utmp> utmpRecords;
+  TimeZone zone;
+  std::map<int, std::optional<std::string>> locales;            // category to name; unset: "C"
+  std::map<std::string, std::string> environment;
+  time_t now = 0;
+  int pageSize = 4096;
+  int nprocs = 1;
+  int nprocsConf = 1;
+  std::map<std::pair<uint32_t, uint32_t>, CpuidRegisters> cpuidLeaves;  // (leaf, subleaf)
+  std::function<void(PortRegisters*)> port;                     // unset: raises SIGSEGV
+  std::function<void*(const char* path, int flags)> loadLibrary;  // unset: null
+  std::function<void*(void* library, const char* symbol)> findSymbol;
+
+  // --- what was asked for ---
+  std::vector<std::string> opened;    // paths of open and fopen, in order, found or not
+  std::vector<std::string> started;   // command lines in order
+  std::vector<std::string> unlinked;
+  uint64_t sleptMicroseconds = 0;     // sleeps return at once and are added here
+  int openDescriptors() const;        // descriptors and sockets not closed yet
+  int openCommands() const;           // command streams not closed yet
+
+  // Sets uname from three texts.
+  void setUname(const std::string& node, const std::string& release, const std::string& machine);
+
+  int open(const char* path, int flags, mode_t mode) override;
+  int close(int fd) override;
+  ssize_t read(int fd, void* buffer, size_t size) override;
+  ssize_t write(int fd, const void* buffer, size_t size) override;
+  int ioctl(int fd, unsigned long request, void* argument) override;
+  int stat(const char* path, struct stat* out) override;
+  int fstat(int fd, struct stat* out) override;
+  int unlink(const char* path) override;
+  void* mmap(size_t length, int protection, int flags, int fd, off_t offset) override;
+  int munmap(void* address, size_t length) override;
+  FILE* fopen(const char* path, const char* mode) override;
+  bool listDirectory(const char* path, std::vector<std::string>& names) override;
+  int statvfs(const char* path, struct statvfs* out) override;
+  int fstatvfs(int fd, struct statvfs* out) override;
+  FILE* popen(const char* commandLine) override;
+  int pclose(FILE* stream) override;
+  int socket(int domain, int type, int protocol) override;
+  bool hostNameOfAddress(const in_addr& address, std::string& name) override;
+  int uname(struct utsname* out) override;
+  int sysinfo(struct sysinfo* out) override;
+  int getpagesize() override { return pageSize; }
+  int getNprocs() override { return nprocs; }
+  int getNprocsConf() override { return nprocsConf; }
+  long sysconf(int name) override;
+  bool findUtmp(short type, struct utmp* record) override;
+  TimeZone timeZone() override { return zone; }
+  const char* setlocale(int category, const char* locale) override;
+  const char* getenv(const char* name) override;
+  time_t time() override { return now; }
+  int gettimeofday(struct timeval* out) override;
+  void sleepMicroseconds(uint32_t microseconds) override;
+  bool cpuid(uint32_t leaf, uint32_t subleaf, CpuidRegisters* out) override;
+  void portInput(PortRegisters* registers) override;
+  void* dlopen(const char* path, int flags) override;
+  void* dlsym(void* library, const char* symbol) override;
+  int dlclose(void* library) override;
+  const char* dlerror() override;
+
+ private:
+  struct OpenFile {
+    std::string path;
+    size_t position = 0;
+    bool isSocket = false;
+  };
+
+  FakeDevice* deviceOf(int fd);
+
+  mutable std::mutex m_mutex;
+  std::map<int, OpenFile> m_open;
+  std::map<FILE*, CommandResult> m_commandStreams;
+  std::map<void*, size_t> m_mappings;
+  int m_nextDescriptor = 1000;
+  ScopedHost m_scope;
+};
+
+}  // namespace quenlor::test
