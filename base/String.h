@@ -3,14 +3,16 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 
 namespace quenlor {
 
-// An owned narrow text. Wide (32-bit) text is taken over as UTF-8. A null pointer gives the empty text.
+// An owned narrow text. Wide (32-bit) text is taken over as UTF-8. A null pointer gives the empty
+// text.
 class String {
  public:
   String() = default;
-  String(const char* text);  // NOLINT: implicit, so that literals serve as String arguments
+  String(const char* text);     // NOLINT: implicit, so that literals serve as String arguments
   String(const wchar_t* text);  // NOLINT: implicit for the same reason
   String(std::string text) : m_text(std::move(text)) {}  // NOLINT: implicit for the same reason
 

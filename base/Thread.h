@@ -13,7 +13,7 @@ class Thread {
   Thread& operator=(const Thread&) = delete;
   virtual ~Thread() = default;
 
-  bool start();  // false when no thread could be made
+  bool start();  // false when no thread could be made, or one is running already
   void join();   // waits for run() to return; nothing when the thread was never started
   virtual void run() = 0;
 
