@@ -1,7 +1,8 @@
 // The logging facade: printf-style trace records with source path, line and function.
 //
 // Nothing is formatted or written below the level set in "DovTrace.properties", and nothing at all
-// without that file; a trace call then costs one comparison. All trace calls may come from any thread.
+// without that file; a trace call then costs one comparison. All trace calls may come from any
+// thread.
 #pragma once
 
 #include <atomic>
@@ -35,7 +36,8 @@ struct TraceFunction {
 
 class CcLogWrapper {
  public:
-  // Reads the properties file and opens the trace file. A missing or unusable file means no tracing.
+  // Reads the properties file and opens the trace file. A missing or unusable file means no
+  // tracing.
   static void initialize(const char* propertiesPath);
   // Flushes all trace files. Loggers stay valid, since an abandoned worker may still trace.
   static void cleanupInstances();
@@ -44,8 +46,10 @@ class CcLogWrapper {
     return level <= m_level.load(std::memory_order_relaxed);
   }
 
-  void traceMIN(const TracePoint& at, const char* format, ...) __attribute__((format(printf, 3, 4)));
-  void traceMAX(const TracePoint& at, const char* format, ...) __attribute__((format(printf, 3, 4)));
+  void traceMIN(const TracePoint& at, const char* format, ...)
+      __attribute__((format(printf, 3, 4)));
+  void traceMAX(const TracePoint& at, const char* format, ...)
+      __attribute__((format(printf, 3, 4)));
   void traceMidEntry(const TracePoint& at, const char* format, ...)
       __attribute__((format(printf, 3, 4)));
   void traceMidExit(const TracePoint& at, const char* format, ...)
