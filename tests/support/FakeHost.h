@@ -1,9 +1,11 @@
 // A machine made of texts: files, commands, directories, devices and a clock that tests set.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -26,10 +28,15 @@ struct FakeDevice {
   std::function<ssize_t(const void* data, size_t size)> write;
   std::function<ssize_t(void* data, size_t size)> read;
   std::set<int> deniedAccessModes;  // O_RDONLY, O_RDWR: open fails with EACCES for these
+  // Content of a mapping; no value fails with EPERM, as unset does with ENODEV.
+  std::function<std::optional<std::string>(size_t length, off_t offset)> map;
+  mode_t type = S_IFBLK;  // or S_IFCHR
+  dev_t number = 0;       // st_rdev
 };
 
 // Everything that is not set is missing: files give ENOENT, commands print nothing and exit with 127
-// as the shell does. Installs itself as host() for its lifetime. Records what was asked for.
+// as the shell does. Installs itself as host() for its lifetime. Records what was asked for. May be
+// asked from several threads; the maps are to be changed only while nobody asks.
 class FakeHost : public Host {
  public:
   FakeHost();
@@ -40,11 +47,15 @@ class FakeHost : public Host {
   std::map<std::string, std::vector<std::string>> directories;  // path to names, without "." and ".."
   std::map<std::string, CommandResult> commands;                // command line to result
   std::set<std::string> unstartableCommands;                    // popen gives null for these
+  std::function<void(const std::string&)> onCommand;            // runs at each popen: side effects
   std::map<std::string, FakeDevice> devices;                    // node to answers
+  std::map<std::string, int> openErrors;                        // path to errno of open and fopen
+  std::map<std::string, mode_t> permissions;                    // default 0644, directories 0755
   FakeDevice socketDevice;                                      // ioctls on any socket
   bool socketsFail = false;
   std::map<std::string, std::string> hostNames;                 // dotted quad to name
   std::map<std::string, struct statvfs> fileSystems;            // mount point to statvfs result
+  std::function<int(const char*, struct statvfs*)> onStatvfs;   // instead of fileSystems, if set
   std::optional<struct utsname> unameResult;
   std::optional<struct sysinfo> sysinfoResult;
   std::map<short, struct utmp> utmpRecords;
@@ -55,6 +66,7 @@ class FakeHost : public Host {
   int pageSize = 4096;
   int nprocs = 1;
   int nprocsConf = 1;
+  std::map<int, long> sysconfValues;                            // default: from the three above
   std::map<std::pair<uint32_t, uint32_t>, CpuidRegisters> cpuidLeaves;  // (leaf, subleaf)
   std::function<void(PortRegisters*)> port;                     // unset: raises SIGSEGV
   std::function<void*(const char* path, int flags)> loadLibrary;  // unset: null
@@ -64,9 +76,13 @@ class FakeHost : public Host {
   std::vector<std::string> opened;    // paths of open and fopen, in order, found or not
   std::vector<std::string> started;   // command lines in order
   std::vector<std::string> unlinked;
-  uint64_t sleptMicroseconds = 0;     // sleeps return at once and are added here
-  int openDescriptors() const;        // descriptors and sockets not closed yet
+  std::vector<std::string> measured;  // paths of statvfs, in order
+  std::atomic<uint64_t> sleptMicroseconds{0};  // sleeps return at once and are added here
+  int openDescriptors() const;        // descriptors, sockets and streams not closed yet
+  int openStreams() const;            // streams of fopen not closed yet
   int openCommands() const;           // command streams not closed yet
+  int openMappings() const;           // mappings not unmapped yet
+  int openLibraries() const;          // successful dlopen less dlclose
 
   // Sets uname from three texts.
   void setUname(const std::string& node, const std::string& release, const std::string& machine);
@@ -114,15 +130,23 @@ class FakeHost : public Host {
     std::string path;
     size_t position = 0;
     bool isSocket = false;
+    bool isPathOnly = false;
   };
 
-  FakeDevice* deviceOf(int fd);
+  bool isDirectory(const std::string& path) const;
+  bool exists(const std::string& path) const;
+  int openError(const std::string& path, int flags) const;
+  void fillStatus(const std::string& path, struct stat* out) const;
+  FakeDevice* deviceOf(const OpenFile& file);
+  std::optional<std::string> mappedBytes(int fd, size_t length, off_t offset);
 
   mutable std::mutex m_mutex;
   std::map<int, OpenFile> m_open;
   std::map<FILE*, CommandResult> m_commandStreams;
   std::map<void*, size_t> m_mappings;
   int m_nextDescriptor = 1000;
+  std::shared_ptr<std::atomic<int>> m_streams = std::make_shared<std::atomic<int>>(0);
+  std::atomic<int> m_libraries{0};
   ScopedHost m_scope;
 };
 

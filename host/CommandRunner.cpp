@@ -1,0 +1,259 @@
+#include "host/CommandRunner.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace quenlor {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr char kShell[] = "/bin/sh";
+constexpr char kNoInput[] = "/dev/null";
+constexpr char kLocaleVariable[] = "LC_ALL=";
+constexpr char kLocaleOfChildren[] = "LC_ALL=C";
+
+// Output that nobody wants is read up to here, so that a command in its last words is not stopped
+// by SIGPIPE and reports its own status.
+constexpr size_t kDrainLimit = 1 << 20;
+// A killed child that does not end within this time sits in the kernel and is left alone.
+constexpr milliseconds kGraceAfterKill{1000};
+
+class OwnedDescriptor {
+ public:
+  explicit OwnedDescriptor(int fd = -1) : m_fd(fd) {}
+  OwnedDescriptor(OwnedDescriptor&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
+  OwnedDescriptor& operator=(OwnedDescriptor&& other) noexcept {
+    std::swap(m_fd, other.m_fd);
+    return *this;
+  }
+  ~OwnedDescriptor() {
+    if (m_fd >= 0) ::close(m_fd);
+  }
+  int get() const { return m_fd; }
+
+ private:
+  int m_fd;
+};
+
+struct Pipe {
+  OwnedDescriptor readEnd;
+  OwnedDescriptor writeEnd;
+};
+
+std::optional<Pipe> makePipe() {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) return std::nullopt;
+  return Pipe{OwnedDescriptor(ends[0]), OwnedDescriptor(ends[1])};
+}
+
+// Something that reads as empty. A root directory without devices has no /dev/null; there a pipe
+// that nobody writes to serves as well.
+OwnedDescriptor openNoInput() {
+  OwnedDescriptor null(::open(kNoInput, O_RDONLY | O_CLOEXEC));
+  if (null.get() >= 0) return null;
+  std::optional<Pipe> pipe = makePipe();
+  return pipe ? std::move(pipe->readEnd) : OwnedDescriptor();
+}
+
+// Our environment, in a locale whose texts the parsers know. Ours itself stays as it is.
+std::vector<char*> childEnvironment() {
+  std::vector<char*> variables;
+  for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
+    if (std::strncmp(*variable, kLocaleVariable, sizeof kLocaleVariable - 1) != 0) {
+      variables.push_back(*variable);
+    }
+  }
+  variables.push_back(const_cast<char*>(kLocaleOfChildren));
+  variables.push_back(nullptr);
+  return variables;
+}
+
+// What the child gets instead of our own signal state and standard streams.
+class SpawnSettings {
+ public:
+  SpawnSettings(int input, int output) {
+    posix_spawnattr_init(&m_attributes);
+    posix_spawn_file_actions_init(&m_actions);
+    sigset_t every;
+    sigfillset(&every);
+    posix_spawnattr_setsigdefault(&m_attributes, &every);
+    sigset_t none;
+    sigemptyset(&none);
+    posix_spawnattr_setsigmask(&m_attributes, &none);
+    posix_spawnattr_setpgroup(&m_attributes, 0);  // a group of its own, named after the child
+    posix_spawnattr_setflags(
+        &m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+    // Both descriptors lie above 2, since prepareProcess() has opened the standard ones.
+    posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&m_actions, input, STDIN_FILENO);
+  }
+  ~SpawnSettings() {
+    posix_spawn_file_actions_destroy(&m_actions);
+    posix_spawnattr_destroy(&m_attributes);
+  }
+  SpawnSettings(const SpawnSettings&) = delete;
+  SpawnSettings& operator=(const SpawnSettings&) = delete;
+
+  // 0, or the error number.
+  int spawn(const char* commandLine, pid_t* pid) const {
+    char shellName[] = "sh";
+    char commandOption[] = "-c";
+    char* const arguments[] = {shellName, commandOption, const_cast<char*>(commandLine), nullptr};
+    return posix_spawn(pid, kShell, &m_actions, &m_attributes, arguments,
+                       childEnvironment().data());
+  }
+
+ private:
+  posix_spawnattr_t m_attributes;
+  posix_spawn_file_actions_t m_actions;
+};
+
+}  // namespace
+
+// One running command and the reading end of its output.
+class CommandRunner::Child {
+ public:
+  Child(pid_t pid, OwnedDescriptor output, Clock::time_point deadline)
+      : m_pid(pid), m_output(std::move(output)), m_deadline(deadline) {}
+
+  // As read(); 0 also for ever after the deadline, once the output written before it is consumed.
+  ssize_t read(char* buffer, size_t size) {
+    if (!m_leftover && !waitForOutput()) killAtDeadline();
+    if (m_leftover) size = std::min(size, *m_leftover);
+    if (size == 0) return 0;
+    ssize_t count = 0;
+    do {
+      count = ::read(m_output.get(), buffer, size);
+    } while (count < 0 && errno == EINTR);
+    if (m_leftover && count > 0) *m_leftover -= static_cast<size_t>(count);
+    return count;
+  }
+
+  void drain() {
+    std::array<char, 65536> unwanted;
+    for (size_t drained = 0; drained < kDrainLimit;) {
+      const ssize_t count = read(unwanted.data(), unwanted.size());
+      if (count <= 0) return;
+      drained += static_cast<size_t>(count);
+    }
+  }
+
+  void closeOutput() { m_output = OwnedDescriptor(); }
+
+  // Wait status, or -1 when the child cannot be reaped.
+  int reap() {
+    int status = -1;
+    if (reapUntil(m_deadline, &status)) return status;
+    killGroup();
+    reapUntil(Clock::now() + kGraceAfterKill, &status);
+    return status;
+  }
+
+ private:
+  // False when the deadline has come.
+  bool waitForOutput() {
+    for (;;) {
+      const auto left = std::chrono::ceil<milliseconds>(m_deadline - Clock::now()).count();
+      if (left <= 0) return false;
+      pollfd output{m_output.get(), POLLIN, 0};
+      if (::poll(&output, 1, static_cast<int>(left)) > 0) return true;
+    }
+  }
+
+  void killAtDeadline() {
+    killGroup();
+    int waiting = 0;
+    if (::ioctl(m_output.get(), FIONREAD, &waiting) != 0 || waiting < 0) waiting = 0;
+    m_leftover = static_cast<size_t>(waiting);
+  }
+
+  // Only before the leader is reaped: until then its zombie keeps the group's number from reuse.
+  void killGroup() const { ::kill(-m_pid, SIGKILL); }
+
+  // True when there is nothing to wait for any more. A shell whose output has ended is gone within
+  // microseconds, so the first naps are short.
+  bool reapUntil(Clock::time_point end, int* status) const {
+    for (auto nap = std::chrono::microseconds(20);; nap = std::min(nap * 2, kLongestNap)) {
+      int found = 0;
+      const pid_t pid = ::waitpid(m_pid, &found, WNOHANG);
+      if (pid == m_pid) *status = found;
+      if (pid == m_pid || (pid < 0 && errno != EINTR)) return true;
+      if (Clock::now() >= end) return false;
+      std::this_thread::sleep_for(nap);
+    }
+  }
+
+  static constexpr std::chrono::microseconds kLongestNap{5000};
+
+  const pid_t m_pid;
+  OwnedDescriptor m_output;
+  const Clock::time_point m_deadline;
+  std::optional<size_t> m_leftover;  // set once killed: bytes that were in the pipe by then
+};
+
+CommandRunner::CommandRunner(milliseconds ceiling) : m_ceiling(ceiling) {}
+
+CommandRunner::~CommandRunner() = default;
+
+FILE* CommandRunner::start(const char* commandLine) {
+  const Clock::time_point deadline = Clock::now() + m_ceiling;
+  std::optional<Pipe> pipe = makePipe();
+  const OwnedDescriptor input = openNoInput();
+  if (!pipe || input.get() < 0) return nullptr;
+
+  pid_t pid = -1;
+  const int error = SpawnSettings(input.get(), pipe->writeEnd.get()).spawn(commandLine, &pid);
+  if (error != 0) {
+    errno = error;
+    return nullptr;
+  }
+  auto child = std::make_unique<Child>(pid, std::move(pipe->readEnd), deadline);
+
+  cookie_io_functions_t functions{};
+  functions.read = [](void* cookie, char* buffer, size_t size) {
+    return static_cast<Child*>(cookie)->read(buffer, size);
+  };
+  FILE* stream = ::fopencookie(child.get(), "r", functions);
+  if (stream == nullptr) {
+    child->closeOutput();
+    child->reap();
+    errno = ENOMEM;
+    return nullptr;
+  }
+  const std::lock_guard lock(m_mutex);
+  m_children[stream] = std::move(child);
+  return stream;
+}
+
+int CommandRunner::finish(FILE* stream) {
+  std::unique_ptr<Child> child;
+  {
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_children.find(stream);
+    if (found == m_children.end()) return -1;
+    child = std::move(found->second);
+    m_children.erase(found);
+  }
+  child->drain();
+  std::fclose(stream);
+  child->closeOutput();
+  return child->reap();
+}
+
+}  // namespace quenlor

@@ -1,0 +1,42 @@
+// Shell commands whose output is read, none of which can hang the scan.
+#pragma once
+
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
+namespace quenlor {
+
+// Starts commands and reaps them. May be used from several threads; one stream by one thread at a
+// time. Must outlive the streams that it gave out.
+class CommandRunner {
+ public:
+  // ceiling: the time that a command may take, counted from its start.
+  explicit CommandRunner(std::chrono::milliseconds ceiling = std::chrono::seconds(60));
+  ~CommandRunner();
+  CommandRunner(const CommandRunner&) = delete;
+  CommandRunner& operator=(const CommandRunner&) = delete;
+
+  // Runs the line with /bin/sh in a process group of its own: standard input from /dev/null,
+  // standard output to the returned stream, standard error as ours, LC_ALL=C, default signals. When
+  // the ceiling is reached the group is killed, and the output ends with what was written by then.
+  // Null, with errno, only when no shell could be started. finish() closes the stream.
+  FILE* start(const char* commandLine);
+
+  // Closes a stream of start() and gives the wait status of the shell. Output not read is thrown
+  // away, a command that goes on past the ceiling is killed. -1 when the stream is none of ours or
+  // the child cannot even be killed (stuck in the kernel).
+  int finish(FILE* stream);
+
+ private:
+  class Child;
+  using Clock = std::chrono::steady_clock;
+
+  const std::chrono::milliseconds m_ceiling;
+  std::mutex m_mutex;
+  std::unordered_map<FILE*, std::unique_ptr<Child>> m_children;
+};
+
+}  // namespace quenlor

@@ -1,0 +1,38 @@
+#include "host/ProcessStart.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+namespace quenlor {
+namespace {
+
+// In ascending order: open() gives the lowest free descriptor, which then is the missing one.
+void openStandardDescriptors() {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    if (::fcntl(fd, F_GETFD) != -1 || errno != EBADF) continue;
+    ::open("/dev/null", fd == STDIN_FILENO ? O_RDONLY : O_WRONLY);
+  }
+}
+
+void setDefaultAction(int signal) {
+  struct sigaction action {};
+  action.sa_handler = SIG_DFL;
+  ::sigaction(signal, &action, nullptr);
+}
+
+}  // namespace
+
+void prepareProcess() {
+  openStandardDescriptors();
+  setDefaultAction(SIGCHLD);  // ignored, it would make children vanish without a wait status
+  setDefaultAction(SIGPIPE);
+  sigset_t faults;
+  sigemptyset(&faults);
+  sigaddset(&faults, SIGSEGV);  // blocked, the port probe's fault would kill the process
+  ::pthread_sigmask(SIG_UNBLOCK, &faults, nullptr);
+}
+
+}  // namespace quenlor

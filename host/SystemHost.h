@@ -1,0 +1,57 @@
+// The real machine: every operation forwards to the call of its name.
+#pragma once
+
+#include <mutex>
+
+#include "host/CommandRunner.h"
+#include "host/Host.h"
+
+namespace quenlor {
+
+class SystemHost : public Host {
+ public:
+  int open(const char* path, int flags, mode_t mode) override;
+  int close(int fd) override;
+  ssize_t read(int fd, void* buffer, size_t size) override;
+  ssize_t write(int fd, const void* buffer, size_t size) override;
+  int ioctl(int fd, unsigned long request, void* argument) override;
+  int stat(const char* path, struct stat* out) override;
+  int fstat(int fd, struct stat* out) override;
+  int unlink(const char* path) override;
+  void* mmap(size_t length, int protection, int flags, int fd, off_t offset) override;
+  int munmap(void* address, size_t length) override;
+  FILE* fopen(const char* path, const char* mode) override;
+  bool listDirectory(const char* path, std::vector<std::string>& names) override;
+  int statvfs(const char* path, struct statvfs* out) override;
+  int fstatvfs(int fd, struct statvfs* out) override;
+  FILE* popen(const char* commandLine) override { return m_commands.start(commandLine); }
+  int pclose(FILE* stream) override { return m_commands.finish(stream); }
+  int socket(int domain, int type, int protocol) override;
+  bool hostNameOfAddress(const in_addr& address, std::string& name) override;
+  int uname(struct utsname* out) override;
+  int sysinfo(struct sysinfo* out) override;
+  int getpagesize() override;
+  int getNprocs() override;
+  int getNprocsConf() override;
+  long sysconf(int name) override;
+  bool findUtmp(short type, struct utmp* record) override;
+  TimeZone timeZone() override;
+  const char* setlocale(int category, const char* locale) override;
+  const char* getenv(const char* name) override;
+  time_t time() override;
+  int gettimeofday(struct timeval* out) override;
+  void sleepMicroseconds(uint32_t microseconds) override;
+  bool cpuid(uint32_t leaf, uint32_t subleaf, CpuidRegisters* out) override;
+  void portInput(PortRegisters* registers) override;
+  void* dlopen(const char* path, int flags) override;
+  void* dlsym(void* library, const char* symbol) override;
+  int dlclose(void* library) override;
+  const char* dlerror() override;
+
+ private:
+  CommandRunner m_commands;
+  std::mutex m_utmp;      // the C library keeps one position in utmp for the whole process
+  std::mutex m_timeZone;  // and one set of time-zone variables
+};
+
+}  // namespace quenlor
