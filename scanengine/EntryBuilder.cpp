@@ -1,0 +1,195 @@
+#include "scanengine/EntryBuilder.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "com/factory/GroupFactory.h"
+#include "com/model/Render.h"
+#include "com/model/VelTable.h"
+#include "scanengine/PlainPrinter.h"
+
+namespace quenlor {
+namespace {
+
+constexpr long long kLocalDisk = 3;  // PART_MEDIA_TYPE_ENUM_DEF
+constexpr uint64_t kKilobytesPerGigabyte = 1048576;
+constexpr long long kKilobytesPerMegabyte = 1024;
+
+struct Replacement {
+  const char* from;
+  const char* to;
+};
+
+constexpr Replacement kOsTypes[] = {
+    {"Windows 2000", "WINDOWS2000"},
+    {"Windows XP", "WINDOWSXP"},
+    {"Windows 2003", "WINDOWS2003"},
+    {"Windows Server 2003", "WINDOWS2003"},
+    {"Linux", "LINUX"},
+    {"SLES", "LINUX"},
+    {"Kov", "KOV"},
+    {"Solaris", "SOLARIS"},
+    {"SunOS", "SOLARIS"},
+    {"HP", "HPUX"},
+};
+
+constexpr Replacement kPlatforms[] = {
+    {"64", "IA64"}, {"Sparc", "SPARC"}, {"RISC", "PARISC"}, {"Power", "POWER"}};
+constexpr const char* kDefaultPlatform = "IA32";
+
+long long toDecimal(const std::string& text) { return std::strtoll(text.c_str(), nullptr, 10); }
+
+std::vector<NVPair> retrieve(const char* group, const std::vector<std::string>& names) {
+  std::vector<NVPair> pairs;
+  EntryBuilder::RetrieveAttributeValue(group, &names, &pairs);
+  return pairs;
+}
+
+// Value of the first pair of a name; null when there is none.
+const std::string* firstValue(const std::vector<NVPair>& pairs, const char* name) {
+  for (const NVPair& pair : pairs) {
+    if (pair.first == name) return &pair.second;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+int EntryBuilder::BuildAllEntries(int) {
+  m_owned.clear();
+  m_entries.clear();
+  addValues("cpu_mhertz", "Processor", "MaxClockSpeed");
+  addValues("scandate", "Scan Info", "Scan Date");
+  addValues("guid", "IP Address", "Permanent Mac Address");
+  addValues("hostname", "IP Address", "Hostname");
+  addOsType();
+  addOsVersion();
+  addHwPlatform();
+  addRam();
+  addDisks();
+  return static_cast<int>(m_entries.size());
+}
+
+bool EntryBuilder::PrintEntries(const char* fileName) {
+  PlainPrinter printer;
+  printer.SetEntries(&m_entries);
+  return printer.Print(fileName) != 0;
+}
+
+int EntryBuilder::RetrieveAttributeValue(const String& groupName,
+                                         const std::vector<std::string>* names,
+                                         std::vector<NVPair>* result) {
+  if (names == nullptr || result == nullptr) return 0;
+  result->clear();
+  const std::unique_ptr<VelGroup> group(GroupFactory::getInstance().getGroup(groupName));
+  const std::unique_ptr<VelTable> table(group ? group->getTable() : nullptr);
+  const velGroupDef* record = table ? table->getGroupDefinitionFromId() : nullptr;
+  if (record == nullptr) return 0;
+
+  table->reset();
+  while (VelTableRow* row = table->getNext()) {
+    while (VelTableAttrib* attrib = row->getNext()) {
+      const char* name = getAttribNameFromId(record, attrib->getId());
+      if (name == nullptr) continue;
+      for (const std::string& wanted : *names) {
+        if (wanted != name) continue;
+        result->emplace_back(name, GetVELAttributeAsString(attrib->getAttribPtr()));
+        break;
+      }
+    }
+  }
+  return static_cast<int>(result->size());
+}
+
+SimpleEntry& EntryBuilder::addSimple(const char* id) {
+  auto entry = std::make_unique<SimpleEntry>();
+  SimpleEntry& reference = *entry;
+  reference.setEntryID(id);
+  add(std::move(entry));
+  return reference;
+}
+
+AttributeReplacingEntry& EntryBuilder::addReplacing(const char* id) {
+  auto entry = std::make_unique<AttributeReplacingEntry>();
+  AttributeReplacingEntry& reference = *entry;
+  reference.setEntryID(id);
+  add(std::move(entry));
+  return reference;
+}
+
+void EntryBuilder::add(std::unique_ptr<IEntry> entry) {
+  m_entries.push_back(entry.get());
+  m_owned.push_back(std::move(entry));
+}
+
+void EntryBuilder::addValues(const char* id, const char* group, const char* attribute) {
+  SimpleEntry& entry = addSimple(id);
+  for (const NVPair& pair : retrieve(group, {attribute})) entry.addEntryAttribute(pair.second);
+}
+
+void EntryBuilder::addOsType() {
+  AttributeReplacingEntry& entry = addReplacing("osType");
+  for (const Replacement& replacement : kOsTypes) {
+    entry.SetReplacement(replacement.from, replacement.to);
+  }
+  for (const NVPair& pair : retrieve("Operating System", {"Name"})) {
+    entry.addEntryAttribute(pair.second);
+  }
+}
+
+void EntryBuilder::addOsVersion() {
+  SimpleEntry& entry = addSimple("osVersion");
+  const std::vector<NVPair> pairs = retrieve("Operating System", {"Major Version", "Minor Version"});
+  const std::string* majorVersion = firstValue(pairs, "Major Version");
+  const std::string* minorVersion = firstValue(pairs, "Minor Version");
+  if (majorVersion == nullptr || minorVersion == nullptr) return;
+  entry.addEntryAttribute(*majorVersion + "." + *minorVersion);
+}
+
+void EntryBuilder::addHwPlatform() {
+  AttributeReplacingEntry& entry = addReplacing("hwPlatform");
+  entry.SetDefaultReplacement(kDefaultPlatform);
+  for (const Replacement& replacement : kPlatforms) {
+    entry.SetReplacement(replacement.from, replacement.to);
+  }
+  // Whatever the architecture, its kernel mode decides.
+  for (const NVPair& pair : retrieve("Operating System", {"OS Kernel Mode"})) {
+    entry.addEntryAttribute(pair.second);
+  }
+}
+
+void EntryBuilder::addRam() {
+  SimpleEntry& entry = addSimple("ram_mbytes");
+  for (const NVPair& pair : retrieve("Memory", {"Total Physical"})) {
+    entry.addEntryAttribute(std::to_string(toDecimal(pair.second) / kKilobytesPerMegabyte));
+  }
+}
+
+void EntryBuilder::addDisks() {
+  const auto [gigabytes, found] = sumLocalDisks(retrieve("Partition", {"Media Type", "Physical Size"}));
+  if (found) addSimple("hdd_gbytes").addEntryAttribute(std::to_string(gigabytes));
+}
+
+std::pair<uint64_t, bool> sumLocalDisks(const std::vector<NVPair>& pairs) {
+  uint64_t total = 0;
+  uint64_t pending = 0;
+  bool sizeSeen = false;
+  bool diskSeen = false;
+  bool found = false;
+  for (const auto& [name, value] : pairs) {
+    if (name == "Physical Size") {
+      pending = std::strtoull(value.c_str(), nullptr, 10) / kKilobytesPerGigabyte;
+      sizeSeen = true;
+    } else if (name == "Media Type" && toDecimal(value) == kLocalDisk) {
+      diskSeen = true;
+    }
+    if (!sizeSeen || !diskSeen) continue;
+    total += pending;
+    pending = 0;
+    sizeSeen = diskSeen = false;
+    found = true;
+  }
+  return {total, found};
+}
+
+}  // namespace quenlor

@@ -1,0 +1,38 @@
+// Wires the program together: the machine's real collectors, one run, a safe end.
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "com/factory/GroupFactory.h"
+#include "com/timelimit/GetTableThread.h"
+#include "host/ProcessStart.h"
+#include "linux/createGroup.h"
+#include "scanengine/quenlor.h"
+
+namespace {
+
+// A document on a full or closed standard output is lost without a status of its own; say so at least.
+void reportLostOutput() {
+  const bool failed = std::fflush(stdout) != 0;
+  if (failed || std::ferror(stdout) != 0) {
+    std::fprintf(stderr, "quenlor: standard output cannot be written: %s\n", std::strerror(errno));
+  }
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  quenlor::prepareProcess();
+  quenlor::GroupFactory::getInstance().setCreator(quenlor::createGroup);
+  const int status = quenlor::quenlor(argc, argv);
+  reportLostOutput();
+  if (quenlor::hasAbandonedWorkers()) {
+    // A worker still blocked in the kernel uses objects that exit handlers would destroy.
+    std::fflush(nullptr);
+    _exit(status);
+  }
+  return status;
+}

@@ -1,0 +1,101 @@
+#include "linux/MemoryGroup.h"
+
+#include <gtest/gtest.h>
+
+#include "linux/Meminfo.h"
+#include "tests/support/FakeHost.h"
+#include "tests/support/Rows.h"
+
+namespace quenlor {
+namespace {
+
+using test::collect;
+using test::FakeHost;
+using test::RowValues;
+using test::valueOf;
+
+constexpr const char* kKernel24Meminfo =
+    "        total:    used:    free:  shared: buffers:  cached:\n"
+    "Mem:  1055477760 812335104 243142656        0 98635776 484012032\n"
+    "Swap: 1077469184 12333056 1065136128\n"
+    "MemTotal:      1030740 kB\n"
+    "MemFree:        237444 kB\n"
+    "MemShared:           0 kB\n"
+    "Cached:         460628 kB\n"
+    "SwapCached:      12040 kB\n"
+    "SwapTotal:     1052216 kB\n"
+    "SwapFree:      1040172 kB\n";
+
+class MemoryGroupTest : public ::testing::Test {
+ protected:
+  FakeHost machine;
+};
+
+TEST_F(MemoryGroupTest, readsTheAmountsOfMeminfo) {
+  machine.files["/proc/meminfo"] = kKernel24Meminfo;
+  const auto rows = collect<MemoryGroup>();
+  ASSERT_EQ(rows.size(), 1U);
+  EXPECT_EQ(rows[0], (RowValues{{1, "1030740"}, {2, "237444"}, {3, "2082956"}, {4, "1277616"},
+                                {5, "251"}, {6, "57"}, {7, "4096"}}));
+}
+
+TEST_F(MemoryGroupTest, swapTotalBeforeMemTotalIsOverwritten) {
+  machine.files["/proc/meminfo"] = "SwapTotal: 50 kB\nMemTotal: 100 kB\n";
+  EXPECT_EQ(valueOf(collect<MemoryGroup>()[0], 3), "100");
+}
+
+TEST_F(MemoryGroupTest, sysinfoServesWhereMeminfoIsMissingEmptyOrZero) {
+  struct sysinfo info = {};
+  info.totalram = 1048576UL * 1024;
+  info.freeram = 2048 * 1024;
+  info.totalswap = 1024 * 1024;
+  info.freeswap = 512 * 1024;
+  info.mem_unit = 4096;  // not applied
+  machine.sysinfoResult = info;
+  const RowValues expected{{1, "1048576"}, {2, "2048"}, {3, "1049600"}, {4, "2560"},
+                           {5, "256"},     {6, "0"},    {7, "4096"}};
+  EXPECT_EQ(collect<MemoryGroup>()[0], expected);
+  machine.files["/proc/meminfo"] = "";
+  EXPECT_EQ(collect<MemoryGroup>()[0], expected);
+  machine.files["/proc/meminfo"] = "MemTotal: 0 kB\nMemFree: 5 kB\n";
+  EXPECT_EQ(collect<MemoryGroup>()[0], expected);
+}
+
+TEST_F(MemoryGroupTest, withoutAnySourceEverythingIsZero) {
+  const RowValues row = collect<MemoryGroup>()[0];
+  EXPECT_EQ(valueOf(row, 1), "0");
+  EXPECT_EQ(valueOf(row, 5), "0");
+}
+
+TEST_F(MemoryGroupTest, amountsAboveFourTerabytesSaturate) {
+  machine.files["/proc/meminfo"] = "MemTotal: 9000000000 kB\nMemFree: 8000000000 kB\nSwapTotal: 1 kB\n";
+  const RowValues row = collect<MemoryGroup>()[0];
+  EXPECT_EQ(valueOf(row, 1), "4294967295");
+  EXPECT_EQ(valueOf(row, 3), "4294967295");
+  EXPECT_EQ(valueOf(row, 5), "2197265");  // from the full amount
+}
+
+TEST_F(MemoryGroupTest, withoutFirmwareTableNoSlotsAreReported) {
+  machine.files["/proc/meminfo"] = kKernel24Meminfo;
+  const RowValues row = collect<MemoryGroup>()[0];
+  EXPECT_EQ(valueOf(row, 8), "(absent)");
+  EXPECT_EQ(valueOf(row, 9), "(absent)");
+}
+
+TEST_F(MemoryGroupTest, parseValTakesTheSecondWord) {
+  const auto parse = [](std::string line) { return parseVal(line.data()); };
+  EXPECT_EQ(parse("MemTotal:      1030740 kB\n"), 1030740);
+  EXPECT_EQ(parse("MemTotal: "), 0);
+  EXPECT_EQ(parse(""), 0);
+  EXPECT_EQ(parse("MemTotal: kB"), 0);
+  EXPECT_EQ(parse("MemTotal: 12"), 12);
+}
+
+TEST_F(MemoryGroupTest, linesLongerThanTheBufferArriveInPieces) {
+  machine.files["/proc/meminfo"] =
+      "Padding: " + std::string(246, 'x') + "MemTotal: 77 kB\nMemFree: 5 kB";
+  EXPECT_EQ(valueOf(collect<MemoryGroup>()[0], 1), "77");
+}
+
+}  // namespace
+}  // namespace quenlor

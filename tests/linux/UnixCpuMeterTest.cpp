@@ -1,0 +1,113 @@
+#include "linux/UnixCpuMeter.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cmath>
+
+#include "linux/CpuMeterGroup.h"
+#include "linux/UnixCpuMeterGroup.h"
+#include "tests/support/FakeHost.h"
+#include "tests/support/Rows.h"
+
+namespace quenlor {
+namespace {
+
+using test::collect;
+using test::FakeHost;
+using test::RowValues;
+
+constexpr const char* kTwoProcessors =
+    "cpu  1000 20 300 5000 40 1 2 3 0 0\n"
+    "cpu0 600 10 200 2410 20 1 1 1 0 0\n"
+    "cpu1 400 10 100 2590 20 0 1 2 0 0\n"
+    "intr 1462898 1448892 2 0\n"
+    "cpufoo 1 2 3\n";
+
+class UnixCpuMeterTest : public ::testing::Test {
+ protected:
+  FakeHost machine;
+};
+
+TEST_F(UnixCpuMeterTest, timesAreAveragedPerProcessor) {
+  machine.files["/proc/stat"] = kTwoProcessors;
+  const auto rows = collect<CpuMeterGroup>();
+  ASSERT_EQ(rows.size(), 1U);
+  EXPECT_EQ(rows[0], (RowValues{{1, "2500"}, {2, "500"}, {3, "20"}, {4, "150"}}));
+}
+
+TEST_F(UnixCpuMeterTest, countingStopsAtTheFirstLineThatIsNoProcessor) {
+  machine.files["/proc/stat"] = kTwoProcessors;
+  UnixCpuMeter meter;
+  meter.refresh();
+  EXPECT_EQ(meter.getUserTime(), 500);  // "cpufoo" behind "intr" is not counted
+}
+
+TEST_F(UnixCpuMeterTest, kernelWithoutIowaitHasNoWaitTime) {
+  machine.files["/proc/stat"] = "cpu  1000 20 300 5000\ncpu0 600 10 200 2410\ncpu1 400 10 100 2590\n";
+  const auto rows = collect<CpuMeterGroup>();
+  EXPECT_EQ(rows[0], (RowValues{{1, "2500"}, {2, "500"}, {4, "150"}}));
+}
+
+TEST_F(UnixCpuMeterTest, statWithoutProcessorLinesLeavesTheTimesOut) {
+  machine.files["/proc/stat"] = "cpu  1000 20 300 5000 40\nintr 1\n";
+  EXPECT_EQ(collect<CpuMeterGroup>()[0], RowValues{});
+}
+
+TEST_F(UnixCpuMeterTest, upTimeIsInHundredthsAndDropsTheFraction) {
+  machine.files["/proc/uptime"] = "93784.55 180012.33\n";
+  EXPECT_EQ(collect<CpuMeterGroup>()[0], (RowValues{{5, "9378400"}}));
+}
+
+TEST_F(UnixCpuMeterTest, upTimeIsUnknownWithoutAnumber) {
+  for (const char* text : {"", "\n", "up\n", "-1 5\n"}) {
+    machine.files["/proc/uptime"] = text;
+    UnixCpuMeter meter;
+    EXPECT_EQ(meter.readSystemUpTime(), -1) << text;
+  }
+}
+
+TEST_F(UnixCpuMeterTest, missingFilesLeaveEmptyRows) {
+  EXPECT_EQ(collect<CpuMeterGroup>(), std::vector<RowValues>{RowValues{}});
+  EXPECT_EQ(collect<UnixCpuMeterGroup>(), std::vector<RowValues>{RowValues{}});
+}
+
+TEST_F(UnixCpuMeterTest, loadAveragesAreReadWithoutFinalNewline) {
+  machine.files["/proc/loadavg"] = "0.20 0.18 0.12 1/80 11206";
+  EXPECT_EQ(collect<UnixCpuMeterGroup>()[0],
+            (RowValues{{1, "0.200000"}, {2, "0.180000"}, {3, "0.120000"}}));
+}
+
+TEST_F(UnixCpuMeterTest, missingWordsLeaveTheirAverageOut) {
+  machine.files["/proc/loadavg"] = "0.52";
+  EXPECT_EQ(collect<UnixCpuMeterGroup>()[0], (RowValues{{1, "0.520000"}}));
+}
+
+TEST_F(UnixCpuMeterTest, minusOneIsUnknownButNotANumberIsReported) {
+  machine.files["/proc/loadavg"] = "-1 nan 2.5\n";
+  EXPECT_EQ(collect<UnixCpuMeterGroup>()[0], (RowValues{{2, "nan"}, {3, "2.500000"}}));
+}
+
+TEST_F(UnixCpuMeterTest, binaryAndOverlongStatDoesNoHarm) {
+  machine.files["/proc/stat"] = std::string(5000, '\xff') + std::string("\0\n\0cpu", 6) + "\ncpu0 1\n";
+  machine.files["/proc/loadavg"] = std::string(3000, '9');
+  machine.files["/proc/uptime"] = std::string(3000, '9');
+  UnixCpuMeter meter;
+  meter.refresh();
+  EXPECT_EQ(meter.getUserTime(), -1);
+}
+
+TEST_F(UnixCpuMeterTest, refreshingAfterInitForgetsOldValues) {
+  machine.files["/proc/stat"] = kTwoProcessors;
+  UnixCpuMeter meter;
+  meter.refresh();
+  machine.files.clear();
+  meter.init();
+  meter.refresh();
+  EXPECT_EQ(meter.getIdleTime(), -1);
+  EXPECT_EQ(meter.getSystemUpTime(), -1);
+  EXPECT_EQ(meter.getLoadAvg1(), -1.0F);
+}
+
+}  // namespace
+}  // namespace quenlor
