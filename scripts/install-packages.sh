@@ -1,0 +1,32 @@
+#!/bin/sh
+# Installs the Debian packages that building (build) or testing (test) needs and this machine lacks.
+# Usage: install-packages.sh build|test
+set -eu
+
+build='g++ cmake ninja-build python3 libexpat1-dev libspdlog-dev libfmt-dev'
+test="$build libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev clang-tidy
+      busybox-static cpio dmidecode dpkg-dev fdisk file git groff iproute2 kmod libxml2-utils lintian
+      man-db mandoc net-tools pci.ids pciutils procps qemu-system-x86 sg3-utils util-linux xz-utils zstd"
+
+case "${1:-}" in
+  build) wanted=$build ;;
+  test) wanted=$test ;;
+  *) echo "usage: $0 build|test" >&2; exit 2 ;;
+esac
+
+missing=''
+for package in $wanted; do
+  state=$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null || true)
+  case "$state" in ii*) ;; *) missing="$missing $package" ;; esac
+done
+[ -z "$missing" ] && exit 0
+
+if [ "$(id -u)" -ne 0 ]; then
+  echo "$0: these packages are missing; install them as root: apt-get install$missing" >&2
+  exit 1
+fi
+echo "Installing:$missing" >&2
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -qq >&2
+# shellcheck disable=SC2086 # a list of words
+apt-get install -y -qq --no-install-recommends $missing >&2
