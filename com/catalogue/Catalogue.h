@@ -77,13 +77,15 @@ inline constexpr uint32_t kCpuMeter = 46;
 inline constexpr uint32_t kUnixCpuMeter = 47;
 }  // namespace group
 
-// Linear scans in table order; the first match wins. All returned pointers point into the catalogue.
-String getGroupNameFromId(uint32_t id);                     // "Unknown" when there is none
-uint32_t getGroupIdFromName(const String& name);            // exact name; 0 when there is none
-const velGroupDef* getGroupDefinitionFromId(uint32_t id);   // null when there is none
-uint32_t getDebugMaskFromName(const char* name);            // 0 when there is none or name is null
+// Linear scans in table order; the first match wins. All returned pointers point into the
+// catalogue.
+String getGroupNameFromId(uint32_t id);                    // "Unknown" when there is none
+uint32_t getGroupIdFromName(const String& name);           // exact name; 0 when there is none
+const velGroupDef* getGroupDefinitionFromId(uint32_t id);  // null when there is none
+uint32_t getDebugMaskFromName(const char* name);           // 0 when there is none or name is null
 const char* getAttribNameFromId(const velGroupDef* group, uint32_t attribId);  // null: none
-const velAttribDef* getAttribDefinitionFromId(const velGroupDef* group, uint32_t attribId);  // null: none
+const velAttribDef* getAttribDefinitionFromId(const velGroupDef* group,
+                                              uint32_t attribId);  // null: none
 // Text of a value in the enumeration table of the group's first attribute, provided that the group
 // has the attribute: meant so, callers of old rely on it. Null when anything is missing.
 const char* getEnumAsciiValue(const velGroupDef* group, uint32_t attribId, uint32_t value);
