@@ -1,0 +1,1 @@
+"""Runs the scanner, unchanged, on machines made of plain files."""

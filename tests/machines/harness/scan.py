@@ -1,0 +1,113 @@
+"""Runs the scanner inside a laid-out machine and judges what comes back."""
+
+import difflib
+import os
+import subprocess
+import time
+from pathlib import Path
+
+from harness import facts, namespace
+from harness.documents import with_placeholders
+from harness.machine import DOCUMENT_OPTIONS
+from harness.stage import INSTALL, SCAN_CONFIGURATION, changes, snapshot
+
+PATH = "/usr/sbin:/usr/bin:/sbin:/bin"
+SANITIZED_SLOWDOWN = 10
+
+
+class Scan:
+    def __init__(self, machine, root, sanitizer):
+        self._machine = machine
+        self._root = Path(root)
+        self._sanitizer = sanitizer
+
+    def check(self, kind, update):
+        """One run; returns what is wrong with it, as texts."""
+        before = snapshot(self._root)
+        start = time.time()
+        result = self._run(kind)
+        end = time.time()
+        if isinstance(result, str):
+            return [f"{kind}: {result}"]
+        document, complaints = self._collect(result)
+        expected = [*self._machine.leaves]
+        complaints += changes(before, snapshot(self._root), expected)
+        complaints += self._check_time(end - start)
+        moment = facts.Moment(start, end, self._machine.environment.get("TZ", ""),
+                              facts.boot_time(self._machine))
+        text = document.decode("utf-8", "surrogateescape")
+        masked = with_placeholders(kind, text, facts.rules_of(self._machine, moment))
+        complaints += self._compare(kind, masked, update)
+        if kind == "xml":
+            complaints += well_formed(document)
+        return [f"{kind}: {line}" for line in complaints]
+
+    def _run(self, kind):
+        """The finished process, or a text that tells why it is none."""
+        try:
+            return subprocess.run(
+                self._command(kind), env=self._environment(), stdin=subprocess.DEVNULL,
+                capture_output=True, preexec_fn=self._enter, timeout=self._limit() + 30)
+        except subprocess.TimeoutExpired:
+            return "the scan did not end"
+
+    def _command(self, kind):
+        command = [f"/{INSTALL}/quenlor", *DOCUMENT_OPTIONS[kind]]
+        if self._machine.groups is not None:
+            command += ["-c", f"/{SCAN_CONFIGURATION}"]
+        if self._machine.output:
+            command += ["-o", self._machine.output]
+        return command
+
+    def _environment(self):
+        return {"PATH": PATH, **self._machine.environment}
+
+    def _enter(self):
+        os.chroot(self._root)
+        os.chdir("/")
+        if self._machine.cpus:
+            os.sched_setaffinity(0, sorted(os.sched_getaffinity(0))[: self._machine.cpus])
+
+    def _collect(self, result):
+        """The document and what is wrong with the run around it."""
+        complaints = []
+        if result.returncode != self._machine.status:
+            complaints.append(f"exit status {result.returncode}, not {self._machine.status}")
+        complaints += difference(self._machine.stderr, result.stderr.decode(errors="replace"),
+                                 "standard error")
+        if not self._machine.output:
+            return result.stdout, complaints
+        if result.stdout:
+            complaints.append(f"standard output holds {result.stdout!r}")
+        written = self._root / self._machine.output.lstrip("/")
+        document = written.read_bytes() if written.exists() else b""
+        written.unlink(missing_ok=True)
+        return document, complaints
+
+    def _limit(self):
+        return self._machine.seconds * (SANITIZED_SLOWDOWN if self._sanitizer else 1)
+
+    def _check_time(self, seconds):
+        limit = self._limit()
+        return [f"took {seconds:.2f} s, more than {limit} s"] if seconds > limit else []
+
+    def _compare(self, kind, masked, update):
+        golden = self._machine.golden(kind)
+        if update:
+            golden.write_bytes(masked.encode("utf-8", "surrogateescape"))
+            return []
+        if not golden.exists():
+            return [f"{golden.name} is missing; QUENLOR_UPDATE_GOLDEN=1 writes it"]
+        expected = golden.read_bytes().decode("utf-8", "surrogateescape")
+        return difference(expected, masked, golden.name)
+
+
+def difference(expected, found, name):
+    lines = difflib.unified_diff(expected.split("\n"), found.split("\n"),
+                                 f"{name} (expected)", f"{name} (found)", lineterm="")
+    return list(lines)
+
+
+def well_formed(document):
+    lint = subprocess.run(["xmllint", "--noout", "-"], input=document, capture_output=True)
+    return [] if lint.returncode == 0 else lint.stderr.decode(errors="replace").splitlines()

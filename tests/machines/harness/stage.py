@@ -1,0 +1,155 @@
+"""Lays a machine out in a directory that a scan then takes for the whole world."""
+
+import os
+import re
+import shutil
+import stat
+import subprocess
+from pathlib import Path
+
+from harness import namespace
+from harness.utmp import utmp_record
+
+INSTALL = "opt/quenlor"
+SCAN_CONFIGURATION = "etc/scan-groups.xml"
+# The shell that popen starts. Not busybox: its shell would run its own applets (mount, ifconfig,
+# ps ...) in place of the machine's commands, or of their absence.
+SHELL = "/bin/dash"
+BUSYBOX = "/bin/busybox"
+# What the machines' scripts may use. None of them is a command that the scanner looks for.
+SCRIPT_COMMANDS = ("cat", "sleep", "kill", "yes", "head")
+
+
+class Stage:
+    """The root directory of one machine, on a tmpfs that ends with the mount namespace."""
+
+    def __init__(self, machine, root, tools):
+        self._machine = machine
+        self._root = Path(root)
+        self._tools = tools
+
+    def build(self):
+        namespace.mount_tmpfs(self._root, "256m")
+        for directory in ("dev", "etc", "proc", "sys", "tmp", "var/run", "bin", INSTALL):
+            (self._root / directory).mkdir(parents=True)
+        (self._root / "tmp").chmod(0o1777)
+        self._add_dev_null()
+        for layer in self._machine.roots():
+            shutil.copytree(layer, self._root, symlinks=True, dirs_exist_ok=True)
+        self._generate()
+        self._add_shell()
+        self._add_scanner()
+        self._add_locales()
+        self._add_utmp()
+        self._add_firmware()
+        for name in self._machine.host_files:
+            self._copy_program(name)
+        self._mount_file_systems()
+
+    def _add_dev_null(self):
+        # A bind mount, since mknod is refused in a user namespace.
+        null = self._root / "dev/null"
+        null.touch()
+        namespace.bind("/dev/null", null)
+
+    def _generate(self):
+        """Files too repetitive to be kept: `text` `count` times, with {i} counting from 0."""
+        for item in self._machine.generate:
+            path = self._root / item["path"]
+            path.parent.mkdir(parents=True, exist_ok=True)
+            repeated = (item["text"].replace("{i}", str(i)) for i in range(item["count"]))
+            path.write_text(item.get("before", "") + "".join(repeated) + item.get("after", ""))
+
+    def _add_shell(self):
+        self._copy_program(SHELL)
+        (self._root / "bin/sh").symlink_to("dash")
+        shutil.copy2(BUSYBOX, self._root / "bin/busybox")
+        for command in SCRIPT_COMMANDS:
+            (self._root / "bin" / command).symlink_to("busybox")
+
+    def _add_scanner(self):
+        install = self._root / INSTALL
+        self._copy_program(self._tools.quenlor, install / "quenlor")
+        for name in ("quenlor.conf", "DovHWConfig.xml"):
+            shutil.copy2(Path(self._tools.data) / name, install / name)
+        with open(install / "quenlor.conf", "a", encoding="utf-8") as stream:
+            stream.writelines(f"{key} = {text}\n" for key, text in self._machine.settings.items())
+        if self._machine.groups is not None:
+            (self._root / SCAN_CONFIGURATION).write_text(scan_configuration(self._machine.groups))
+
+    def _add_locales(self):
+        for name in self._machine.locales:
+            directory = f"usr/lib/locale/{name}"
+            shutil.copytree(f"/{directory}", self._root / directory)
+
+    def _add_utmp(self):
+        if self._machine.utmp:
+            records = b"".join(utmp_record(**record) for record in self._machine.utmp)
+            (self._root / "var/run/utmp").write_bytes(records)
+
+    def _add_firmware(self):
+        if self._machine.firmware:
+            image = self._root / "dev/mem"
+            subprocess.run([self._tools.make_firmware, self._machine.firmware, image], check=True)
+
+    def _mount_file_systems(self):
+        for item in self._machine.mounts:
+            target = self._root / item["at"].lstrip("/")
+            target.mkdir(parents=True, exist_ok=True)
+            namespace.mount_tmpfs(target, item["size"], item.get("inodes", ""))
+
+    def _copy_program(self, program, target=None):
+        """A program and what the dynamic loader needs to start it, at the same paths."""
+        target = target or self._root / str(program).lstrip("/")
+        target.parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy2(program, target)
+        for library in needed_libraries(program):
+            inside = self._root / library.lstrip("/")
+            if not inside.exists():
+                inside.parent.mkdir(parents=True, exist_ok=True)
+                shutil.copy2(library, inside)
+
+
+def needed_libraries(program):
+    listing = subprocess.run(["ldd", program], capture_output=True, text=True)
+    if "not found" in listing.stdout:
+        raise RuntimeError(f"{program} lacks libraries:\n{listing.stdout}")
+    return re.findall(r"(/\S+) \(0x", listing.stdout)
+
+
+def scan_configuration(groups):
+    lines = "".join(f'  <Group Name="{name}"/>\n' for name in groups)
+    return f'<?xml version="1.0" encoding="UTF-8"?>\n<Hardware>\n{lines}</Hardware>\n'
+
+
+def snapshot(root):
+    """Every path with what tells a change of it; other file systems are not entered."""
+    root = Path(root)
+    device = root.stat().st_dev
+    found = {}
+    for directory, names, files in os.walk(root):
+        names[:] = [name for name in names if _stays_on(device, Path(directory, name))]
+        for name in [*names, *files]:
+            path = Path(directory, name)
+            status = path.lstat()
+            shape = (status.st_mode,)
+            if not stat.S_ISDIR(status.st_mode):
+                shape += (status.st_size, status.st_mtime_ns)
+            found["/" + str(path.relative_to(root))] = shape
+    return found
+
+
+def _stays_on(device, path):
+    return path.lstat().st_dev == device
+
+
+def changes(before, after, expected):
+    """Texts that name what a run created, changed or removed beyond the expected paths."""
+    told = []
+    for path in sorted(set(before) | set(after)):
+        if path in expected or before.get(path) == after.get(path):
+            continue
+        verb = "created" if path not in before else "removed" if path not in after else "changed"
+        told.append(f"the scan {verb} {path}")
+    missing = [path for path in expected if path not in after]
+    return told + [f"the scan did not leave {path}" for path in missing]
