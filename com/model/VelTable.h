@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <ctime>
 #include <memory>
+#include <string>
 
 #include "base/String.h"
 #include "com/catalogue/Catalogue.h"
@@ -49,7 +50,7 @@ class VelTableAttrib {
   uint32_t getId() const;    // 0 when there is no block
   uint32_t getType() const;  // 0x80000000 when there is no block
   const unsigned char* getAttribPtr() const { return m_block; }  // the raw block, owned by this
-  void toString() const;     // debug dump to standard output
+  void toString() const;                                         // debug dump to standard output
 
  private:
   unsigned char* m_block;
@@ -108,7 +109,7 @@ class VelTable {
   uint32_t getNumRows() const { return m_rows.count(); }
   const char* getGroupName() const;  // in this table's catalogue; "Unknown" when it has no such id
   const velGroupDef* getGroupDefinitionFromId() const;  // null when the catalogue has no such id
-  int reset();             // cursor before the first row; always 1
+  int reset();                                          // cursor before the first row; always 1
   VelTableRow* getNext();  // next row or null; stays owned by the table
   void toString();         // debug dump to standard output
 
@@ -127,7 +128,7 @@ class VelGroup {
   VelGroup(const VelGroup&) = delete;
   VelGroup& operator=(const VelGroup&) = delete;
 
-  virtual VelTable* getTable() = 0;   // a new table, owned by the caller, or null: nothing to report
+  virtual VelTable* getTable() = 0;  // a new table, owned by the caller, or null: nothing to report
   virtual VelTable* generateTable();  // the guarded part of a collection; null unless overridden
 
   uint32_t getGroupId() const { return m_groupId; }
@@ -148,7 +149,8 @@ class VelGroup {
 
 // Bytes that a text needs behind byte 12 of its block: 8 when null or empty, else 4 per byte + 8.
 uint32_t SizeAsVelString(const char* text);
-// Stores the text as count (terminator included) and 32-bit characters; never beyond SizeAsVelString.
+// Stores the text as count (terminator included) and 32-bit characters; never beyond
+// SizeAsVelString.
 void StringToVelString(const char* text, unsigned char* destination);
 // Bytes that count and characters of a stored string really use.
 uint32_t SizeofVelString(const unsigned char* velString);
@@ -162,6 +164,9 @@ void addLongLong(VelTableRow& row, uint32_t id, int64_t value);
 void addFloat(VelTableRow& row, uint32_t id, float value);
 void addText(VelTableRow& row, uint32_t id, const char* text);
 inline void addText(VelTableRow& row, uint32_t id, const std::string& text) {
+  addText(row, id, text.c_str());
+}
+inline void addText(VelTableRow& row, uint32_t id, const String& text) {
   addText(row, id, text.c_str());
 }
 void addTime(VelTableRow& row, uint32_t id, time_t seconds);
