@@ -1,0 +1,34 @@
+// CPU resources that the VMware hypervisor grants to this virtual machine, read through VMware's
+// guest SDK library, which is loaded at run time where it is installed.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+namespace quenlor {
+
+// MHz except the shares. A reservation or limit of 0xFFFFFFFF means that there is none.
+struct VMwareGuestInfo {
+  uint32_t cpuReservation = 0;
+  uint32_t cpuLimit = 0;
+  uint32_t cpuShares = 0;
+  uint32_t hostProcessorSpeed = 0;
+};
+
+class VMwareGuestInfoProvider_impl;
+
+// Keeps the library loaded for its whole life, so that repeated reads are cheap. Not thread safe.
+class VMwareGuestInfoProvider {
+ public:
+  VMwareGuestInfoProvider();
+  ~VMwareGuestInfoProvider();
+
+  // Fills the record and returns true only when every value could be read; else leaves it
+  // untouched.
+  bool retrieveGuestInfo(VMwareGuestInfo& info);
+
+ private:
+  std::unique_ptr<VMwareGuestInfoProvider_impl> m_impl;
+};
+
+}  // namespace quenlor
