@@ -5,7 +5,8 @@
 
 namespace quenlor {
 
-// Filled by the constructor. Without firmware data manufacturer and product are "Linux", the rest empty.
+// Filled by the constructor. Without firmware data manufacturer and product are "Linux", the rest
+// empty.
 class smbiosinfo {
  public:
   smbiosinfo();
@@ -19,6 +20,8 @@ class smbiosinfo {
 
  private:
   void getSmbiosInfo();
+  void readEntryPointStrings();
+  void readSharedTable();
 
   String m_serialNumber;
   String m_manufacturer;

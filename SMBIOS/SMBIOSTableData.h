@@ -1,0 +1,112 @@
+// Base of all SMBIOS structure records: header, string set, and the helpers that make a record
+// class a list of fields.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <source_location>
+#include <string>
+#include <vector>
+
+#include "SMBIOS/TableBytes.h"
+#include "log/CcLogWrapper.h"
+
+namespace quenlor {
+
+// A field that holds the number of a string in the structure's string set; 0: there is none.
+struct StringNumber {
+  uint8_t value = 0;
+};
+
+class SMBIOSTableData {
+ public:
+  // revision: the table's revision word, major version in the high byte, minor in the low one.
+  // sourcePath: names the record class in the trace; must outlive the record.
+  SMBIOSTableData(int revision, const char* sourcePath);
+  SMBIOSTableData(const SMBIOSTableData&) = delete;
+  SMBIOSTableData& operator=(const SMBIOSTableData&) = delete;
+  virtual ~SMBIOSTableData() = default;
+  // Debug print to standard output.
+  virtual void dump() const;
+
+  bool hasData() const { return m_hasData != 0; }
+  int getRevision() const { return m_revision; }
+
+  // Reads type and formatted length; the offset behind the formatted area.
+  int readBlock(const TableBytes& buf, int off);
+  // Reads the string set at p. Strings beyond the fifteenth are counted, but not kept.
+  void getStrings(const TableBytes& buf, int p);
+  // Text of a string number, owned by the record; null for 0 and for a string that is not there.
+  const char* stringFromIndex(int n) const;
+  // Copies src to dst (at least strlen(src) + 1 bytes) with "." for everything but printable ASCII.
+  // Returns dst; null when src is null.
+  static char* removeInvalidChars(char* dst, const char* src);
+
+ protected:
+  static constexpr size_t kMaxStrings = 15;
+
+  int majorVersion() const { return m_revision >> 8 & 0xFF; }
+  int minorVersion() const { return m_revision & 0xFF; }
+  int formattedLength() const { return m_formattedLength; }
+  int stringSetSize() const { return m_stringSetSize; }
+
+  // Reads neighbouring fields, each as wide as its variable; the offset behind the last one. Fields
+  // beyond the formatted length are read all the same: they yield bytes of what follows.
+  template <class... Fields>
+  static int readFields(const TableBytes& buf, int off, Fields&... fields) {
+    ((off = readField(buf, off, fields)), ...);
+    return off;
+  }
+  // Reads the string set behind the formatted area of a structure; the offset behind the structure.
+  int readStringSet(const TableBytes& buf, int off);
+
+  // Value of a field, traced under the label.
+  const char* traced(const char* label, StringNumber field,
+                     std::source_location where = std::source_location::current()) const {
+    const char* text = stringFromIndex(field.value);
+    if (getCcLogHw()->isEnabled(TraceLevel::kMax)) traceText(label, text, where);
+    return text;
+  }
+  template <class Number>
+  Number traced(const char* label, Number field,
+                std::source_location where = std::source_location::current()) const {
+    if (getCcLogHw()->isEnabled(TraceLevel::kMax)) {
+      const auto bits = static_cast<uint32_t>(static_cast<std::make_unsigned_t<Number>>(field));
+      traceNumber(label, bits, 2 * sizeof field, where);
+    }
+    return field;
+  }
+  // Single bit of a field, traced under the label.
+  bool tracedBit(const char* label, uint32_t field, unsigned bit,
+                 std::source_location where = std::source_location::current()) const {
+    return traced(label, static_cast<uint8_t>(field >> bit & 1), where) != 0;
+  }
+  TracePoint tracePoint(std::source_location where = std::source_location::current()) const {
+    return {m_sourcePath, where.function_name(), where.line()};
+  }
+
+  static void print(const char* label, const char* text);
+  static void print(const char* label, int64_t number);
+
+ private:
+  static int readField(const TableBytes& buf, int off, uint8_t& field);
+  static int readField(const TableBytes& buf, int off, uint16_t& field);
+  static int readField(const TableBytes& buf, int off, uint32_t& field);
+  static int readField(const TableBytes& buf, int off, StringNumber& field);
+  static int readField(const TableBytes& buf, int off, std::array<uint8_t, 16>& field);
+
+  void traceText(const char* label, const char* text, const std::source_location& where) const;
+  void traceNumber(const char* label, uint32_t number, size_t digits,
+                   const std::source_location& where) const;
+
+  int32_t m_type = 0;
+  int32_t m_revision;
+  int32_t m_formattedLength = 0;
+  int32_t m_stringSetSize = 0;  // bytes, final zero included
+  int32_t m_hasData = 0;
+  std::vector<std::string> m_strings;  // empty until the first string is read
+  const char* m_sourcePath;
+};
+
+}  // namespace quenlor
