@@ -29,8 +29,8 @@ VelTable* CpuMeterGroup::getTable() {
   UnixCpuMeter meter;
   meter.init();
   meter.refresh();
-  log->traceMAX(at(), "hardware IdleTime= %lld, UserTime=%lld, WaitTime=%lld ",
-                meter.getIdleTime(), meter.getUserTime(), meter.getWaitTime());
+  log->traceMAX(at(), "hardware IdleTime= %lld, UserTime=%lld, WaitTime=%lld ", meter.getIdleTime(),
+                meter.getUserTime(), meter.getWaitTime());
   log->traceMAX(at(), "hardware SysTime=%lld", meter.getSysTime());
   // This record has always shown the system time; tools that read traces rely on it.
   log->traceMAX(at(), "hardware systemUpTime=%lld", meter.getSysTime());

@@ -55,7 +55,8 @@ void addSlots(VelTableRow& row, unsigned long totalPhysicalKb) {
   getMemorySpecs(&maxModuleMb, &slots);
   const uint64_t maxMemoryMb = uint64_t{maxModuleMb} * slots;
   if (slots == 0) return;
-  // Kilobytes shifted by 20 are gigabytes: the test only rejects limits far below what is installed.
+  // Kilobytes shifted by 20 are gigabytes: the test only rejects limits far below what is
+  // installed.
   if (maxMemoryMb != 0 && maxMemoryMb >= (totalPhysicalKb >> 20)) {
     addUlong(row, kMaxMemoryMb, saturateToUlong(maxMemoryMb));
   }

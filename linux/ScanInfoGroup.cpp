@@ -26,7 +26,8 @@ constexpr uint32_t kBuild = 5;
 constexpr uint32_t kUptime = 6;
 constexpr uint32_t kMaintenanceVersion = 7;
 
-// Seconds since the machine entered its run level; none when utmp has no such record, as in containers.
+// Seconds since the machine entered its run level; none when utmp has no such record, as in
+// containers.
 void addUptime(VelTableRow& row) {
   struct utmp record = {};
   if (!host().findUtmp(RUN_LVL, &record)) return;

@@ -24,8 +24,8 @@ struct CommandLineResult {
   CommandLine options;
 };
 
-// Reads the arguments from left to right; -l calls buildEntries at its place. A usage error, and -h,
-// prints the usage text to standard error.
+// Reads the arguments from left to right; -l calls buildEntries at its place. A usage error, and
+// -h, prints the usage text to standard error.
 CommandLineResult parseCommandLine(int argc, const char* const* argv,
                                    const std::function<int()>& buildEntries);
 

@@ -31,9 +31,9 @@ class SimpleEntry : public IEntry {
   std::vector<std::string> m_values;
 };
 
-// Maps each value: the first search text, in ascending order, that occurs anywhere in the value gives
-// its replacement; else the default replacement, else the value itself. The order decides between
-// search texts that contain each other.
+// Maps each value: the first search text, in ascending order, that occurs anywhere in the value
+// gives its replacement; else the default replacement, else the value itself. The order decides
+// between search texts that contain each other.
 class AttributeReplacingEntry : public SimpleEntry {
  public:
   void SetReplacement(const std::string& from, const std::string& to) { m_replacements[from] = to; }

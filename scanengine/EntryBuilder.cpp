@@ -1,10 +1,12 @@
 #include "scanengine/EntryBuilder.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "com/factory/GroupFactory.h"
 #include "com/model/Render.h"
+#include "com/model/ValueBlock.h"
 #include "com/model/VelTable.h"
 #include "scanengine/PlainPrinter.h"
 
@@ -43,6 +45,27 @@ std::vector<NVPair> retrieve(const char* group, const std::vector<std::string>& 
   std::vector<NVPair> pairs;
   EntryBuilder::RetrieveAttributeValue(group, &names, &pairs);
   return pairs;
+}
+
+// A stored string, unescaped: a list is read line by line, not parsed.
+std::string stringText(const unsigned char* velString) {
+  const auto count = readNumber<uint32_t>(velString);
+  if (count == 0) return {};
+  std::vector<wchar_t> characters(count + 1);
+  std::memcpy(characters.data(), velString + sizeof count, count * sizeof(wchar_t));
+  return toLocale(characters.data());
+}
+
+// A value as the document writers print it.
+std::string renderedText(const unsigned char* block) {
+  char* text = nullptr;
+  size_t size = 0;
+  FILE* stream = open_memstream(&text, &size);
+  if (stream == nullptr) return {};
+  PrintVelAttribValueToFile(stream, block);
+  std::fclose(stream);
+  const std::unique_ptr<char, decltype(&std::free)> owned(text, &std::free);
+  return {text, size};
 }
 
 // Value of the first pair of a name; null when there is none.
@@ -101,6 +124,17 @@ int EntryBuilder::RetrieveAttributeValue(const String& groupName,
   return static_cast<int>(result->size());
 }
 
+std::string EntryBuilder::GetVELAttributeAsString(const unsigned char* block) {
+  switch (blockType(block)) {
+    case VEL_UCHAR:
+      return std::to_string(*blockValue(block));
+    case VEL_STRING:
+      return stringText(blockValue(block));
+    default:
+      return renderedText(block);
+  }
+}
+
 SimpleEntry& EntryBuilder::addSimple(const char* id) {
   auto entry = std::make_unique<SimpleEntry>();
   SimpleEntry& reference = *entry;
@@ -139,7 +173,8 @@ void EntryBuilder::addOsType() {
 
 void EntryBuilder::addOsVersion() {
   SimpleEntry& entry = addSimple("osVersion");
-  const std::vector<NVPair> pairs = retrieve("Operating System", {"Major Version", "Minor Version"});
+  const std::vector<NVPair> pairs =
+      retrieve("Operating System", {"Major Version", "Minor Version"});
   const std::string* majorVersion = firstValue(pairs, "Major Version");
   const std::string* minorVersion = firstValue(pairs, "Minor Version");
   if (majorVersion == nullptr || minorVersion == nullptr) return;
@@ -166,7 +201,8 @@ void EntryBuilder::addRam() {
 }
 
 void EntryBuilder::addDisks() {
-  const auto [gigabytes, found] = sumLocalDisks(retrieve("Partition", {"Media Type", "Physical Size"}));
+  const auto [gigabytes, found] =
+      sumLocalDisks(retrieve("Partition", {"Media Type", "Physical Size"}));
   if (found) addSimple("hdd_gbytes").addEntryAttribute(std::to_string(gigabytes));
 }
 

@@ -26,8 +26,9 @@ class EntryBuilder {
   // Prints the entries built; false when the file cannot be opened.
   virtual bool PrintEntries(const char* fileName);
 
-  // Collects a group and appends every attribute whose catalogue name is one of names, row after row,
-  // to result, which is emptied first. The number kept; 0 without arguments, group, table or record.
+  // Collects a group and appends every attribute whose catalogue name is one of names, row after
+  // row, to result, which is emptied first. The number kept; 0 without arguments, group, table or
+  // record.
   static int RetrieveAttributeValue(const String& groupName, const std::vector<std::string>* names,
                                     std::vector<NVPair>* result);
   // A value block as text: numbers in decimal, texts in the locale's encoding.
@@ -50,7 +51,8 @@ class EntryBuilder {
 };
 
 // Sum in gigabytes of the sizes paired with local disks, in the order the pairs come; the second is
-// false when there was no local disk. A size waits for the next media type 3, whichever row that is in.
+// false when there was no local disk. A size waits for the next media type 3, whichever row that is
+// in.
 std::pair<uint64_t, bool> sumLocalDisks(const std::vector<NVPair>& pairs);
 
 }  // namespace quenlor

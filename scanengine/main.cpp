@@ -14,7 +14,8 @@
 
 namespace {
 
-// A document on a full or closed standard output is lost without a status of its own; say so at least.
+// A document on a full or closed standard output is lost without a status of its own; say so at
+// least.
 void reportLostOutput() {
   const bool failed = std::fflush(stdout) != 0;
   if (failed || std::ferror(stdout) != 0) {

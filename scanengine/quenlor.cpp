@@ -43,7 +43,8 @@ void explainFailure(const CommandLine& options, int status) {
         return "";
     }
   }();
-  const bool aboutConfig = status == kExitScanConfigMalformed || status == kExitScanConfigUnreadable;
+  const bool aboutConfig =
+      status == kExitScanConfigMalformed || status == kExitScanConfigUnreadable;
   const std::string& file = aboutConfig ? options.configFile : options.outputFile;
   std::fprintf(stderr, format, file.c_str());
 }
@@ -169,7 +170,8 @@ int printHwFooter(bool xmlFlag, const char* outputFileName) {
 
 void lowerCase(char*& text) {
   for (char* character = text; *character != '\0'; ++character) {
-    if (*character >= 'A' && *character <= 'Z') *character = static_cast<char>(*character + ('a' - 'A'));
+    if (*character >= 'A' && *character <= 'Z')
+      *character = static_cast<char>(*character + ('a' - 'A'));
   }
 }
 

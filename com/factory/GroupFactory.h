@@ -60,10 +60,10 @@ class GroupFactory {
   // The factory knows no collector itself: the program installs what makes them.
   void setCreator(Creator creator) { m_creator = creator; }
 
-  int initialise();                                 // configuration file name, SMBIOS table; always 1
-  int getAllGroups(std::list<String>& names);       // appends the whole catalogue's names; 0
-  VelGroup* getGroup(const String& name);           // owned by the caller; null when unknown
-  VelGroup* getVELGroup(unsigned long groupId);     // owned by the caller; null when unknown
+  int initialise();                              // configuration file name, SMBIOS table; always 1
+  int getAllGroups(std::list<String>& names);    // appends the whole catalogue's names; 0
+  VelGroup* getGroup(const String& name);        // owned by the caller; null when unknown
+  VelGroup* getVELGroup(unsigned long groupId);  // owned by the caller; null when unknown
   // 0 section loaded, kSectionAbsent, kParseError, kCannotOpen; 0 at once for another tag type.
   int loadNodeFromFile(String fileName, int tagType);
 

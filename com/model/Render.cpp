@@ -59,6 +59,8 @@ bool printCommonValue(FILE* file, uint32_t type, const unsigned char* value) {
   }
 }
 
+}  // namespace
+
 // The text in the locale's encoding, '?' for each character that it lacks.
 std::string toLocale(const wchar_t* text) {
   std::string bytes;
@@ -75,8 +77,6 @@ std::string toLocale(const wchar_t* text) {
   }
   return bytes;
 }
-
-}  // namespace
 
 const char* getVelAttribTypeAsString(uint32_t code) {
   if (code < VEL_UCHAR || code > VEL_LONGLONG) return "Undefined Attrib Type";

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <string>
 
 #include "com/catalogue/Catalogue.h"
 
@@ -22,6 +23,8 @@ void PrintOctetStringToFile(FILE* file, const unsigned char* bytes, uint32_t len
 void PrintVelTimeBlockToFile(FILE* file, const char* characters);
 // A stored string (count and 32-bit characters), escaped for MIF, in the locale's encoding.
 void PrintVelStringToFile(FILE* file, const unsigned char* velString);
+// A wide text in the locale's encoding; '?' for each character that it cannot express.
+std::string toLocale(const wchar_t* text);
 // "\n\t\t%d = \"%s\"" for each pair of the record's enumeration table.
 void PrintVelEnumToFile(FILE* file, const velAttribDef* attrib);
 // Text with backslash, double quote and control characters escaped. The input itself when it is

@@ -35,8 +35,13 @@ TEST_F(MemoryGroupTest, readsTheAmountsOfMeminfo) {
   machine.files["/proc/meminfo"] = kKernel24Meminfo;
   const auto rows = collect<MemoryGroup>();
   ASSERT_EQ(rows.size(), 1U);
-  EXPECT_EQ(rows[0], (RowValues{{1, "1030740"}, {2, "237444"}, {3, "2082956"}, {4, "1277616"},
-                                {5, "251"}, {6, "57"}, {7, "4096"}}));
+  EXPECT_EQ(rows[0], (RowValues{{1, "1030740"},
+                                {2, "237444"},
+                                {3, "2082956"},
+                                {4, "1277616"},
+                                {5, "251"},
+                                {6, "57"},
+                                {7, "4096"}}));
 }
 
 TEST_F(MemoryGroupTest, swapTotalBeforeMemTotalIsOverwritten) {
@@ -68,7 +73,8 @@ TEST_F(MemoryGroupTest, withoutAnySourceEverythingIsZero) {
 }
 
 TEST_F(MemoryGroupTest, amountsAboveFourTerabytesSaturate) {
-  machine.files["/proc/meminfo"] = "MemTotal: 9000000000 kB\nMemFree: 8000000000 kB\nSwapTotal: 1 kB\n";
+  machine.files["/proc/meminfo"] =
+      "MemTotal: 9000000000 kB\nMemFree: 8000000000 kB\nSwapTotal: 1 kB\n";
   const RowValues row = collect<MemoryGroup>()[0];
   EXPECT_EQ(valueOf(row, 1), "4294967295");
   EXPECT_EQ(valueOf(row, 3), "4294967295");

@@ -1,0 +1,224 @@
+#include "com/factory/GroupFactory.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "com/factory/HWXmlDovParser.h"
+#include "config/DovCfg.h"
+#include "xmltree/Node.h"
+
+namespace quenlor {
+namespace {
+
+namespace fs = std::filesystem;
+
+class GroupFactoryTest : public ::testing::Test {
+ protected:
+  GroupFactoryTest() : directory(fs::path(testing::TempDir()) / "group_factory_test") {
+    fs::remove_all(directory);
+    fs::create_directories(directory);
+  }
+  ~GroupFactoryTest() override { fs::remove_all(directory); }
+
+  std::string write(const std::string& name, const std::string& text) const {
+    const std::string path = directory / name;
+    std::ofstream(path, std::ios::binary) << text;
+    return path;
+  }
+
+  // Names that loading the text adds, after the names that earlier tests left in the process-wide
+  // list.
+  std::vector<std::string> groupsOf(const std::string& text, int expectedResult) {
+    const size_t before = factory.groupNames().size();
+    EXPECT_EQ(factory.loadNodeFromFile(write("scan.xml", text), kHardwareSection), expectedResult);
+    std::vector<std::string> added;
+    for (const String& name : factory.groupNames()) added.push_back(name.str());
+    added.erase(added.begin(), added.begin() + static_cast<std::ptrdiff_t>(before));
+    return added;
+  }
+
+  fs::path directory;
+  GroupFactory& factory = GroupFactory::getInstance();
+};
+
+using Names = std::vector<std::string>;
+
+TEST_F(GroupFactoryTest, groupsAreTakenInFileOrderDuplicatesIncluded) {
+  EXPECT_EQ(groupsOf("<Hardware><Group Name='Memory'/><Group Name='Processor'/>"
+                     "<Group Name='Memory'/></Hardware>",
+                     0),
+            (Names{"Memory", "Processor", "Memory"}));
+}
+
+TEST_F(GroupFactoryTest, hardwareSectionIsFoundAnywhereAndNestedOnesAreSearched) {
+  EXPECT_EQ(
+      groupsOf("<Scan><Other/><Hardware><Group Name='A'/><Hardware><Group Name='B'/></Hardware>"
+               "</Hardware><Hardware><Group Name='C'/></Hardware></Scan>",
+               0),
+      (Names{"A", "B", "C"}));
+}
+
+TEST_F(GroupFactoryTest, groupWithoutNameAndOtherElementsAddNothing) {
+  EXPECT_EQ(groupsOf("<Hardware><Group/><group Name='x'/><Other><Group Name='y'/></Other>"
+                     "<Group name='z'/></Hardware>",
+                     0),
+            Names{});
+}
+
+TEST_F(GroupFactoryTest, fileWithoutHardwareSectionSaysSo) {
+  EXPECT_EQ(groupsOf("<Software><Group Name='A'/></Software>", -1), Names{});
+  EXPECT_EQ(groupsOf("<hardware><Group Name='A'/></hardware>", -1), Names{});
+}
+
+TEST_F(GroupFactoryTest, malformedFilesAreParseErrors) {
+  EXPECT_EQ(groupsOf("<Hardware><Group Name='A'/>", 2), Names{});
+  EXPECT_EQ(groupsOf("", 2), Names{});
+  EXPECT_EQ(groupsOf("just text", 2), Names{});
+  EXPECT_EQ(factory.loadNodeFromFile(directory.string(), kHardwareSection), 2);
+}
+
+TEST_F(GroupFactoryTest, missingFileCannotBeOpened) {
+  EXPECT_EQ(factory.loadNodeFromFile((directory / "none.xml").string(), kHardwareSection), 5);
+  EXPECT_EQ(factory.loadNodeFromFile((directory / "none.xml").string(), kProcessorsSection), 5);
+}
+
+TEST_F(GroupFactoryTest, otherSectionsAreIgnoredWithoutReadingTheFile) {
+  EXPECT_EQ(factory.loadNodeFromFile((directory / "none.xml").string(), 2), 0);
+  EXPECT_EQ(factory.loadNodeFromFile("", 0), 0);
+}
+
+TEST_F(GroupFactoryTest, entityBombsAndExternalEntitiesAreRefusedQuickly) {
+  std::string bomb = "<!DOCTYPE H [<!ENTITY a '0123456789'>";
+  for (char c = 'b'; c <= 'z'; ++c) {
+    bomb += std::string("<!ENTITY ") + c + " '";
+    for (int i = 0; i < 10; ++i) bomb += std::string("&") + static_cast<char>(c - 1) + ";";
+    bomb += "'>";
+  }
+  bomb += "]><Hardware><Group Name='&z;'/></Hardware>";
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(groupsOf(bomb, 2), Names{});
+  EXPECT_EQ(
+      groupsOf("<!DOCTYPE H [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><Hardware>&e;</Hardware>", 2),
+      Names{});
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+}
+
+TEST_F(GroupFactoryTest, nestingBeyondTheLimitIsAParseError) {
+  std::string deep;
+  for (int i = 0; i < 100000; ++i) deep += "<Hardware>";
+  EXPECT_EQ(groupsOf(deep, 2), Names{});
+}
+
+TEST_F(GroupFactoryTest, aMillionGroupsAreRead) {
+  std::string many = "<Hardware>";
+  for (int i = 0; i < 1000000; ++i) many += "<Group/>";
+  EXPECT_EQ(groupsOf(many + "<Group Name='last'/></Hardware>", 0), Names{"last"});
+}
+
+TEST_F(GroupFactoryTest, processorsKeepTheirNineTexts) {
+  const size_t before = factory.processors().size();
+  const std::string path =
+      write("hw.xml",
+            "<X><Processors><Processor Manufactor='INTEL' BrandID='1' Signature='2' Type='0' "
+            "Family='6' Model='7' PCX='8' Description='d' TypeEnum='t'/><Cpu/><Processor/>"
+            "</Processors></X>");
+  ASSERT_EQ(factory.loadNodeFromFile(path, kProcessorsSection), 0);
+  ASSERT_EQ(factory.processors().size(), before + 2);
+  const ProcessorInfo& full = *factory.processors()[before];
+  EXPECT_EQ(full.manufacturer.str() + full.brandId.str() + full.signature.str() + full.type.str() +
+                full.family.str() + full.model.str() + full.pcx.str() + full.description.str() +
+                full.typeEnum.str(),
+            "INTEL120678dt");
+  EXPECT_TRUE(factory.processors()[before + 1]->manufacturer.empty());
+}
+
+TEST_F(GroupFactoryTest, laterProcessorsSectionReplacesTheEarlierOne) {
+  const size_t before = factory.processors().size();
+  const std::string path = write("hw.xml",
+                                 "<X><Processors><Processor Model='1'/></Processors>"
+                                 "<Processors><Processor Model='2'/></Processors></X>");
+  ASSERT_EQ(factory.loadNodeFromFile(path, kProcessorsSection), 0);
+  ASSERT_EQ(factory.processors().size(), before + 1);
+  EXPECT_EQ(factory.processors()[before]->model.str(), "2");
+}
+
+TEST_F(GroupFactoryTest, coresPerPackageDetectsItsBase) {
+  const size_t before = factory.qcms().size();
+  const std::string path =
+      write("hw.xml",
+            "<QCMs><QCM CoresPerPackage='0x10'/><QCM/><QCM CoresPerPackage=''/>"
+            "<QCM CoresPerPackage='010' Family='f' CC='c' NewFamily='n'/></QCMs>");
+  ASSERT_EQ(factory.loadNodeFromFile(path, kQcmsSection), 0);
+  ASSERT_EQ(factory.qcms().size(), before + 4);
+  EXPECT_EQ(factory.qcms()[before]->coresPerPackage, 16U);
+  EXPECT_EQ(factory.qcms()[before + 1]->coresPerPackage, 1U);
+  EXPECT_EQ(factory.qcms()[before + 2]->coresPerPackage, 1U);
+  EXPECT_EQ(factory.qcms()[before + 3]->coresPerPackage, 8U);
+  EXPECT_EQ(factory.qcms()[before + 3]->newFamily.str(), "n");
+}
+
+TEST_F(GroupFactoryTest, sectionsAreHandedOverOnceAlsoWhenNested) {
+  HWParseNodeSink sink;
+  const HWXmlDovParser parser(
+      write("hw.xml", "<Processors><QCMs><QCM/></QCMs><Processor/></Processors>"), sink);
+  EXPECT_EQ(parser.error(), 0);
+  const std::unique_ptr<Node> processors(sink.getNode(kProcessorsSection));
+  ASSERT_TRUE(processors);
+  EXPECT_EQ(sink.getNode(kProcessorsSection), nullptr);
+  EXPECT_EQ(sink.getNode(kQcmsSection), nullptr);  // left together with the node around it
+  EXPECT_EQ(sink.getNode(kHardwareSection), nullptr);
+}
+
+TEST_F(GroupFactoryTest, allGroupsAreAppendedInCatalogueOrder) {
+  std::list<String> names{"before"};
+  EXPECT_EQ(factory.getAllGroups(names), 0);
+  ASSERT_EQ(names.size(), 20U);
+  EXPECT_EQ(names.front().str(), "before");
+  EXPECT_EQ(std::next(names.begin())->str(), "ComponentID");
+  EXPECT_EQ(names.back().str(), "UnixCpuMeter");
+}
+
+TEST_F(GroupFactoryTest, unknownNamesHaveNoGroup) {
+  static int calls = 0;
+  factory.setCreator([](unsigned long id) -> VelGroup* {
+    ++calls;
+    EXPECT_EQ(id, 0UL);
+    return nullptr;
+  });
+  EXPECT_EQ(factory.getGroup("processor"), nullptr);
+  EXPECT_EQ(calls, 1);
+  factory.setCreator(nullptr);
+  EXPECT_EQ(factory.getVELGroup(group::kMemory), nullptr);
+}
+
+TEST_F(GroupFactoryTest, hardwareConfigurationFileHasADefaultName) {
+  const std::string program = write("quenlor", "");
+  write("quenlor.conf", "config_dir = /some/dir\nhwscanner.config_file =\n");
+  DovCfg::initialize(program.c_str());
+  EXPECT_EQ(factory.initialise(), 1);
+  EXPECT_EQ(factory.hwConfigFile().str(), "/some/dir/DovHWConfig.xml");
+  write("quenlor.conf", "config_dir = /some/dir\nhwscanner.config_file = x\n");
+  DovCfg::initialize(program.c_str());
+  factory.initialise();
+  EXPECT_EQ(factory.hwConfigFile().str(), "/some/dir/x");
+}
+
+TEST_F(GroupFactoryTest, shippedHardwareConfigurationLoads) {
+  const size_t before = factory.processors().size();
+  const std::string path = std::string(QUENLOR_SOURCE_DIR) + "/data/DovHWConfig.xml";
+  ASSERT_EQ(factory.loadNodeFromFile(path, kProcessorsSection), 0);
+  EXPECT_EQ(factory.processors().size(), before + 363);
+  for (size_t i = before; i < factory.processors().size(); ++i) {
+    EXPECT_LE(factory.processors()[i]->typeEnum.length(), 32U);
+    EXPECT_FALSE(factory.processors()[i]->typeEnum.empty());
+  }
+  EXPECT_EQ(factory.loadNodeFromFile(path, kHardwareSection), -1);
+}
+
+}  // namespace
+}  // namespace quenlor
