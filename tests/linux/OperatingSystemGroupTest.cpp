@@ -29,13 +29,21 @@ class OperatingSystemGroupTest : public ::testing::Test {
 };
 
 TEST_F(OperatingSystemGroupTest, reportsEveryAttributeInOrder) {
-  machine.files["/etc/redhat-release"] = "Red Hat Enterprise Linux AS release 3 (Taroon Update 4)\n";
+  machine.files["/etc/redhat-release"] =
+      "Red Hat Enterprise Linux AS release 3 (Taroon Update 4)\n";
   machine.locales[LC_MESSAGES] = "en_US.UTF-8";
   const auto rows = collect<OperatingSystemGroup>();
   ASSERT_EQ(rows.size(), 1U);
   const std::string name = "Red Hat Enterprise Linux AS release 3 (Taroon Update 4) ";
-  EXPECT_EQ(rows[0], (RowValues{{1, name}, {2, "37"}, {3, "2"}, {4, "4"}, {5, "21-4.ELsmp"},
-                                {10, "i686"}, {11, ""}, {12, name}, {15, "en_US.UTF-8"}}));
+  EXPECT_EQ(rows[0], (RowValues{{1, name},
+                                {2, "37"},
+                                {3, "2"},
+                                {4, "4"},
+                                {5, "21-4.ELsmp"},
+                                {10, "i686"},
+                                {11, ""},
+                                {12, name},
+                                {15, "en_US.UTF-8"}}));
 }
 
 TEST_F(OperatingSystemGroupTest, releaseWithOneFullStopHasAnEmptySubVersion) {

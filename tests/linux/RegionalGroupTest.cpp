@@ -29,8 +29,8 @@ TEST_F(RegionalGroupTest, zoneEastOfUtcIsPlus) {
 
 TEST_F(RegionalGroupTest, zoneWestOfUtcIsMinus) {
   machine.zone = {18000, false, "EST", "EST"};
-  EXPECT_EQ(collect<RegionalGroup>()[0], (RowValues{{1, "C"}, {2, "18000"}, {3, "2"}, {4, "2"},
-                                                    {5, "EST"}, {6, "EST"}}));
+  EXPECT_EQ(collect<RegionalGroup>()[0],
+            (RowValues{{1, "C"}, {2, "18000"}, {3, "2"}, {4, "2"}, {5, "EST"}, {6, "EST"}}));
 }
 
 TEST_F(RegionalGroupTest, utcIsPlusZero) {

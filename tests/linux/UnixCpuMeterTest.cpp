@@ -44,7 +44,8 @@ TEST_F(UnixCpuMeterTest, countingStopsAtTheFirstLineThatIsNoProcessor) {
 }
 
 TEST_F(UnixCpuMeterTest, kernelWithoutIowaitHasNoWaitTime) {
-  machine.files["/proc/stat"] = "cpu  1000 20 300 5000\ncpu0 600 10 200 2410\ncpu1 400 10 100 2590\n";
+  machine.files["/proc/stat"] =
+      "cpu  1000 20 300 5000\ncpu0 600 10 200 2410\ncpu1 400 10 100 2590\n";
   const auto rows = collect<CpuMeterGroup>();
   EXPECT_EQ(rows[0], (RowValues{{1, "2500"}, {2, "500"}, {4, "150"}}));
 }
@@ -89,7 +90,8 @@ TEST_F(UnixCpuMeterTest, minusOneIsUnknownButNotANumberIsReported) {
 }
 
 TEST_F(UnixCpuMeterTest, binaryAndOverlongStatDoesNoHarm) {
-  machine.files["/proc/stat"] = std::string(5000, '\xff') + std::string("\0\n\0cpu", 6) + "\ncpu0 1\n";
+  machine.files["/proc/stat"] =
+      std::string(5000, '\xff') + std::string("\0\n\0cpu", 6) + "\ncpu0 1\n";
   machine.files["/proc/loadavg"] = std::string(3000, '9');
   machine.files["/proc/uptime"] = std::string(3000, '9');
   UnixCpuMeter meter;
