@@ -12,7 +12,7 @@ class File {
   static constexpr const char* pathSeparator = "/";
 
   // Largest file that readText() takes.
-  static constexpr size_t kMaxTextSize = 1024 * 1024;
+  static constexpr size_t kMaxTextSize = size_t{1024} * 1024;
 
   // Reads a whole regular file. 0, or an errno value with the text left empty: also for a
   // directory, device or pipe, which is never waited for, and (EFBIG) for a file above

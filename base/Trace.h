@@ -2,7 +2,6 @@
 #pragma once
 
 #include <concepts>
-#include <source_location>
 #include <string>
 
 #include "base/String.h"
@@ -48,8 +47,8 @@ class Trace {
  public:
   // Function and source path text must outlive the object; literals do.
   explicit Trace(const char* function, const char* sourcePath = "",
-                 std::source_location where = std::source_location::current())
-      : m_function(function), m_sourcePath(sourcePath), m_line(where.line()) {}
+                 unsigned line = __builtin_LINE())
+      : m_function(function), m_sourcePath(sourcePath), m_line(line) {}
 
   template <typename Value>
   TraceRecord operator<<(const Value& value) const {

@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <source_location>
 
 namespace quenlor {
 
@@ -29,8 +28,9 @@ struct TraceFunction {
   const char* sourcePath;
   const char* function;
 
-  TracePoint operator()(std::source_location where = std::source_location::current()) const {
-    return {sourcePath, function, where.line()};
+  // The built-in is what gcc and clang 14 have in common; clang's std::source_location is missing.
+  TracePoint operator()(uint32_t line = __builtin_LINE()) const {
+    return {sourcePath, function, line};
   }
 };
 

@@ -17,7 +17,7 @@ struct TraceSettings {
   // trace.level: NONE, MIN, MID or MAX, in either case.
   TraceLevel level = TraceLevel::kNone;
   // trace.size: bytes from 1 to 2147483647 after which the file is rotated.
-  size_t maxSize = 1024 * 1024;
+  size_t maxSize = size_t{1024} * 1024;
   // trace.count: rotated files kept beside the current one, 0 to 100.
   size_t rotatedFiles = 3;
 };
