@@ -12,7 +12,7 @@ struct ThreadParams {
   ThreadParams(const ThreadParams&) = delete;
   ThreadParams& operator=(const ThreadParams&) = delete;
 
-  char* path;              // heap copy, null when constructed from null
+  char* path;  // heap copy, null when constructed from null
   struct statvfs result;
   int rc;
   int finished;
@@ -21,9 +21,14 @@ struct ThreadParams {
 // Body of the worker; params is a ThreadParams. Returns null.
 void* helper_execute(void* params);
 
-// 0 when the call ended in time (out filled; all zero when statvfs failed), 1 on time-out or when no
-// worker could be made. timeout in microseconds, rounded up to whole steps of 50 ms.
+// 0 when the call ended in time (out filled; all zero when statvfs failed), 1 on time-out or when
+// no worker could be made. timeout in microseconds, rounded up to whole steps of 50 ms; 0 or less
+// looks once and does not wait. A worker left behind is reported with reportAbandonedWorker().
 int timeout_statvfs(const char* path, struct statvfs* out, int timeout);
+
+// The same for the mount point of an automounter, which measuring it must not set to work: the file
+// system is the automounter's own as long as nothing is mounted over it.
+int timeout_statvfs_autofs(const char* path, struct statvfs* out, int timeout);
 
 // The limit for timeout_statvfs in microseconds: "hwscanner.timeout", else five seconds.
 int GetDOVMaxTimeout();
