@@ -1,13 +1,13 @@
 """Lays a machine out in a directory that a scan then takes for the whole world."""
 
 import os
-import re
 import shutil
 import stat
 import subprocess
 from pathlib import Path
 
 from harness import namespace
+from harness.programs import copy_program
 from harness.utmp import utmp_record
 
 INSTALL = "opt/quenlor"
@@ -43,7 +43,7 @@ class Stage:
         self._add_utmp()
         self._add_firmware()
         for name in self._machine.host_files:
-            self._copy_program(name)
+            copy_program(name, self._root)
         self._mount_file_systems()
 
     def _add_dev_null(self):
@@ -61,7 +61,7 @@ class Stage:
             path.write_text(item.get("before", "") + "".join(repeated) + item.get("after", ""))
 
     def _add_shell(self):
-        self._copy_program(SHELL)
+        copy_program(SHELL, self._root)
         (self._root / "bin/sh").symlink_to("dash")
         shutil.copy2(BUSYBOX, self._root / "bin/busybox")
         for command in SCRIPT_COMMANDS:
@@ -69,7 +69,7 @@ class Stage:
 
     def _add_scanner(self):
         install = self._root / INSTALL
-        self._copy_program(self._tools.quenlor, install / "quenlor")
+        copy_program(self._tools.quenlor, self._root, install / "quenlor")
         for name in ("quenlor.conf", "DovHWConfig.xml"):
             shutil.copy2(Path(self._tools.data) / name, install / name)
         with open(install / "quenlor.conf", "a", encoding="utf-8") as stream:
@@ -97,24 +97,6 @@ class Stage:
             target = self._root / item["at"].lstrip("/")
             target.mkdir(parents=True, exist_ok=True)
             namespace.mount_tmpfs(target, item["size"], item.get("inodes", ""))
-
-    def _copy_program(self, program, target=None):
-        """A program and what the dynamic loader needs to start it, at the same paths."""
-        target = target or self._root / str(program).lstrip("/")
-        target.parent.mkdir(parents=True, exist_ok=True)
-        shutil.copy2(program, target)
-        for library in needed_libraries(program):
-            inside = self._root / library.lstrip("/")
-            if not inside.exists():
-                inside.parent.mkdir(parents=True, exist_ok=True)
-                shutil.copy2(library, inside)
-
-
-def needed_libraries(program):
-    listing = subprocess.run(["ldd", program], capture_output=True, text=True)
-    if "not found" in listing.stdout:
-        raise RuntimeError(f"{program} lacks libraries:\n{listing.stdout}")
-    return re.findall(r"(/\S+) \(0x", listing.stdout)
 
 
 def scan_configuration(groups):

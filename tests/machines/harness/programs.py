@@ -1,0 +1,26 @@
+"""Carries programs of the building machine into another root directory."""
+
+import re
+import shutil
+import subprocess
+from pathlib import Path
+
+
+def copy_program(program, root, target=None):
+    """Copies a program, by default to the same path, and what the dynamic loader needs for it."""
+    target = target or root / str(program).lstrip("/")
+    target.parent.mkdir(parents=True, exist_ok=True)
+    if Path(program) != target:
+        shutil.copy2(program, target)
+    for library in needed_libraries(program):
+        inside = root / library.lstrip("/")
+        if not inside.exists():
+            inside.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy2(library, inside)
+
+
+def needed_libraries(program):
+    listing = subprocess.run(["ldd", program], capture_output=True, text=True)
+    if "not found" in listing.stdout:
+        raise RuntimeError(f"{program} lacks libraries:\n{listing.stdout}")
+    return re.findall(r"(/\S+) \(0x", listing.stdout)

@@ -1,0 +1,154 @@
+"""The virtual machine's kernel and initramfs: Debian's kernel package, the installed scanner and the
+tools its values are compared with."""
+
+import glob
+import os
+import re
+import shutil
+import subprocess
+from pathlib import Path
+
+from harness.programs import copy_program
+
+# Shell for popen as on Debian; busybox would put its own applets in place of the real commands.
+SHELL = "/bin/dash"
+BUSYBOX = "/bin/busybox"
+# What /init uses from busybox. The scanner's own commands are never among them, except cat and rm.
+APPLETS = ("cat", "chmod", "cut", "grep", "ln", "ls", "mkdir", "mv", "poweroff", "rm", "sed", "sleep",
+           "swapon", "tar", "tr", "uname")
+TOOLS = ("/usr/sbin/dmidecode", "/usr/bin/sg_inq", "/usr/bin/sg_map", "/usr/bin/lsblk",
+         "/usr/bin/lscpu", "/usr/bin/lspci", "/usr/sbin/fdisk", "/usr/sbin/ifconfig", "/usr/bin/ps",
+         "/usr/bin/kmod", "/bin/df", "/bin/mount", "/bin/hostname")
+HELPERS = ("port_access", "drive_geometry")
+MODULES = (
+    "sym53c8xx", "ata_piix", "sd_mod", "sr_mod", "sg", "floppy", "e1000", "virtio_pci",
+    "virtio_console", "crc32c_generic", "ext4", "vfat", "nls_cp437", "nls_ascii", "nls_iso8859-1",
+)
+
+
+class Unavailable(Exception):
+    """Something that the test needs from outside cannot be had."""
+
+
+def need_program(name, package):
+    if not shutil.which(name):
+        raise Unavailable(f"{name} is missing; install the Debian package {package}")
+
+
+def fetch_kernel(cache):
+    """Unpacks the newest kernel package once; returns its directory."""
+    cache = Path(cache)
+    unpacked = cache / "kernel"
+    if (unpacked / "complete").exists():
+        return unpacked
+    cache.mkdir(parents=True, exist_ok=True)
+    package = _download_kernel(cache)
+    shutil.rmtree(unpacked, ignore_errors=True)
+    subprocess.run(["dpkg-deb", "-x", package, unpacked], check=True)
+    (unpacked / "complete").touch()
+    return unpacked
+
+
+def _download_kernel(cache):
+    found = glob.glob(str(cache / "linux-image-*.deb"))
+    if found:
+        return found[0]
+    name = _newest_kernel_package()
+    fetched = subprocess.run(["apt-get", "download", name], cwd=cache, capture_output=True, text=True)
+    found = glob.glob(str(cache / "linux-image-*.deb"))
+    if fetched.returncode != 0 or not found:
+        raise Unavailable(f"cannot download the kernel package {name}:\n{fetched.stderr}")
+    return found[0]
+
+
+def _newest_kernel_package():
+    pattern = r"Depends: (linux-image-\S+-amd64)"
+    for _ in range(2):
+        listed = subprocess.run(["apt-cache", "depends", "linux-image-amd64"],
+                                capture_output=True, text=True)
+        if match := re.search(pattern, listed.stdout):
+            return match[1]
+        subprocess.run(["apt-get", "update", "-qq"], capture_output=True)
+    raise Unavailable("apt knows no linux-image-amd64; are its package lists there?")
+
+
+def kernel_file(kernel):
+    return next((kernel / "boot").glob("vmlinuz-*"))
+
+
+def build_initramfs(work, kernel, build_directory, helpers):
+    """Writes work/initramfs; the scanner is installed from the CMake tree `build_directory`, the
+    programs of this folder lie in the directory `helpers`."""
+    root = work / "root"
+    shutil.rmtree(root, ignore_errors=True)
+    for directory in ("proc", "sys", "dev", "tmp", "run", "results", "mnt", "etc", "bin", "sbin",
+                      "var/run", "opt/busybox"):
+        (root / directory).mkdir(parents=True)
+    _add_commands(root)
+    _add_modules(root, kernel)
+    _install_scanner(root, build_directory)
+    for name in HELPERS:
+        copy_program(helpers / name, root, root / "opt" / name)
+    guest = Path(__file__).parent / "guest"
+    shutil.copytree(guest, root, dirs_exist_ok=True)
+    image = work / "initramfs"
+    with open(image, "wb") as stream:
+        names = subprocess.run(["find", ".", "-print0"], cwd=root, capture_output=True, check=True)
+        subprocess.run(["cpio", "--null", "--create", "--format=newc", "--quiet", "--owner=0:0"],
+                       cwd=root, input=names.stdout, stdout=stream, check=True)
+    return image
+
+
+def _add_commands(root):
+    copy_program(SHELL, root)
+    (root / "bin/sh").symlink_to("dash")
+    shutil.copy2(BUSYBOX, root / "opt/busybox/busybox")
+    for applet in APPLETS:
+        (root / "opt/busybox" / applet).symlink_to("busybox")
+    for applet in ("cat", "rm"):
+        (root / "bin" / applet).symlink_to("../opt/busybox/busybox")
+    for tool in TOOLS:
+        need_program(tool, {"/usr/bin/kmod": "kmod", "/usr/sbin/ifconfig": "net-tools"}
+                     .get(tool, "of its name"))
+        copy_program(os.path.realpath(tool), root, root / tool.lstrip("/"))
+    copy_program(shutil.which("ip"), root, root / "sbin/ip")
+    (root / "sbin/modprobe").symlink_to("../usr/bin/kmod")
+    (root / "sbin/fdisk").symlink_to("../usr/sbin/fdisk")
+    (root / "sbin/lspci").symlink_to("../usr/bin/lspci")
+    (root / "usr/share/misc").mkdir(parents=True)
+    shutil.copy2("/usr/share/misc/pci.ids", root / "usr/share/misc/pci.ids")
+
+
+def _add_modules(root, kernel):
+    source = next((kernel / "lib/modules").iterdir())
+    target = root / "lib/modules" / source.name
+    files = {path.name.split(".")[0].replace("-", "_"): path for path in source.rglob("*.ko*")}
+    for name in _with_dependencies(files, MODULES):
+        copy = target / files[name].relative_to(source)
+        copy.parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy2(files[name], copy)
+    for listing in source.glob("modules.builtin*"):
+        shutil.copy2(listing, target)
+    need_program("depmod", "kmod")
+    subprocess.run(["depmod", "-b", root, source.name], check=True, capture_output=True)
+
+
+def _with_dependencies(files, names):
+    """Those names and what their modules' own headers say they depend on; built-in ones drop out."""
+    wanted, todo = [], [name.replace("-", "_") for name in names]
+    while todo:
+        name = todo.pop()
+        if name in wanted or name not in files:
+            continue
+        wanted.append(name)
+        info = subprocess.run(["modinfo", "-F", "depends", files[name]], capture_output=True,
+                              text=True, check=True)
+        todo += [other.replace("-", "_") for other in info.stdout.strip().split(",")]
+    return wanted
+
+
+def _install_scanner(root, build_directory):
+    subprocess.run(["cmake", "--install", build_directory, "--prefix", "/usr"], check=True,
+                   capture_output=True, env={**os.environ, "DESTDIR": str(root)})
+    scanner = next(root.glob("usr/*bin/quenlor"))
+    copy_program(scanner, root, scanner)

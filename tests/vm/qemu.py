@@ -1,0 +1,114 @@
+"""Starts the virtual machine of a scenario and brings its results home."""
+
+import io
+import os
+import subprocess
+import tarfile
+from pathlib import Path
+
+from image import Unavailable, kernel_file, need_program
+
+FIRMWARE = {
+    0: {"vendor": "ACME Firmware", "version": "7.3b", "date": "04/18/2009", "release": "4.6"},
+    1: {"manufacturer": "ACME Corp", "product": "RackServer 9000", "version": "1.2",
+        "serial": "SN-12345", "uuid": "12345678-9abc-def0-1234-56789abcdef0", "sku": "S1",
+        "family": "F1"},
+    2: {"manufacturer": "ACME Boards", "product": "Board X1", "version": "B2", "serial": "BSN-1",
+        "asset": "BA-1"},
+    3: {"manufacturer": "ACME Chassis", "version": "C3", "serial": "CSN-1", "asset": "CA-1"},
+    4: {"sock_pfx": "SOCKET", "manufacturer": "Intel", "version": "Xeon", "max-speed": "3000",
+        "current-speed": "2500"},
+    17: {"loc_pfx": "DIMM", "bank": "BANK A", "manufacturer": "ACME", "serial": "M1",
+         "asset": "MA1", "part": "MP1", "speed": "1333"},
+}
+MACS = ("52:54:00:12:34:01", "52:54:00:12:34:02")
+# Identity given to the drives; size in MiB of the medium.
+DRIVES = (
+    {"id": "scsi0", "device": "scsi-hd,bus=hba.0,scsi-id=0,vendor=ACME,product=BIG DISK 9000XL,"
+     "serial=SCSI-SN-0001", "mebibytes": 300},
+    {"id": "scsi1", "device": "scsi-hd,bus=hba.0,scsi-id=1,vendor=WIDGET,product=FASTDISK,"
+     "serial=W0002", "mebibytes": 1500, "content": "ext2"},
+    {"id": "scsi3", "device": "scsi-cd,bus=hba.0,scsi-id=3,vendor=ACME,product=SCSI CDROM,"
+     "serial=CD-SN-3", "mebibytes": 4},
+    {"id": "ide0", "device": "ide-hd,bus=ide.0,unit=0,model=ACME ATA DISK,serial=ATA-0001",
+     "mebibytes": 64, "content": "swap"},
+    {"id": "ide1", "device": "ide-cd,bus=ide.1,unit=0,model=ACME DVD,serial=DVD-1", "mebibytes": 2},
+)
+
+
+def devices_arguments(work):
+    """Every kind of device on a machine of two packages with two cores."""
+    arguments = ["-m", "2048", "-smp", "sockets=2,cores=2,threads=1", "-device", "lsi,id=hba"]
+    for number, values in FIRMWARE.items():
+        texts = ",".join(f"{key}={value}" for key, value in values.items())
+        arguments += ["-smbios", f"type={number},{texts}"]
+    for drive in DRIVES:
+        medium = _medium(work, drive["id"], drive["mebibytes"] * 1024, drive.get("content"))
+        kind = "cdrom,readonly=on" if "-cd," in drive["device"] else "disk"
+        arguments += ["-drive", f"if=none,id={drive['id']},file={medium},format=raw,media={kind}",
+                      "-device", f"{drive['device']},drive={drive['id']}"]
+    arguments += ["-drive", f"if=floppy,file={_medium(work, 'floppy', 1440, 'dos')},format=raw"]
+    for i, mac in enumerate(MACS):
+        arguments += ["-netdev", f"hubport,id=net{i},hubid={i}",
+                      "-device", f"e1000,netdev=net{i},mac={mac}"]
+    return arguments
+
+
+def processors_arguments(_work):
+    """Two packages with two cores with two threads each, and little else."""
+    return ["-m", "512", "-smp", "sockets=2,cores=2,threads=2"]
+
+
+SCENARIOS = {"devices": devices_arguments, "processors": processors_arguments}
+
+
+def _medium(work, name, kibibytes, content=None):
+    path = work / f"{name}.img"
+    path.unlink(missing_ok=True)
+    with open(path, "wb") as stream:
+        stream.truncate(kibibytes * 1024)
+    make = {"ext2": ["/sbin/mke2fs", "-q", "-t", "ext2"], "swap": ["/sbin/mkswap"],
+            "dos": ["busybox", "mkdosfs"]}.get(content)
+    if make:
+        subprocess.run([*make, path], check=True, capture_output=True)
+    return path
+
+
+def run_scenario(name, work, kernel, initramfs, seconds):
+    """Boots, waits for the end, and returns the guest's result files by name."""
+    need_program("qemu-system-x86_64", "qemu-system-x86")
+    work.mkdir(parents=True, exist_ok=True)
+    results = work / "results.tar"
+    results.unlink(missing_ok=True)
+    console = work / "console.log"
+    command = [
+        "qemu-system-x86_64", "-nodefaults", "-no-user-config", "-display", "none", "-no-reboot",
+        # Emulation by default: KVM in a machine that is itself virtual is often there but broken.
+        "-accel", os.environ.get("QUENLOR_VM_ACCEL", "tcg"), "-cpu", "Nehalem",
+        "-machine", "pc,smbios-entry-point-type=32,vmport=on",
+        "-kernel", kernel_file(kernel), "-initrd", initramfs,
+        "-append", "console=ttyS0 quiet loglevel=4 panic=-1 net.ifnames=0 mitigations=off "
+                   f"scenario={name}",
+        "-serial", "stdio", "-device", "virtio-serial-pci",
+        "-chardev", f"file,id=results,path={results}",
+        "-device", "virtserialport,chardev=results,name=results",
+        *SCENARIOS[name](work),
+    ]
+    with open(console, "wb") as stream:
+        try:
+            subprocess.run(command, stdin=subprocess.DEVNULL, stdout=stream,
+                           stderr=subprocess.STDOUT, timeout=seconds)
+        except subprocess.TimeoutExpired:
+            raise Unavailable(f"the virtual machine did not end within {seconds} s:\n"
+                              + console.read_text(errors="replace")[-4000:]) from None
+    return _read_results(results, console)
+
+
+def _read_results(results, console):
+    try:
+        with tarfile.open(fileobj=io.BytesIO(results.read_bytes())) as archive:
+            return {Path(member.name).name: archive.extractfile(member).read().decode(errors="replace")
+                    for member in archive if member.isfile()}
+    except (OSError, tarfile.TarError):
+        raise Unavailable("the virtual machine gave no results:\n"
+                          + console.read_text(errors="replace")[-4000:]) from None
