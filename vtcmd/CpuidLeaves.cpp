@@ -127,7 +127,7 @@ uint32_t cacheKiloBytes(const CpuidRegisters& cache) {
   const uint64_t ways = bits(cache.ebx, 22, 10) + 1u;
   const uint64_t partitions = bits(cache.ebx, 12, 10) + 1u;
   const uint64_t lineSize = bits(cache.ebx, 0, 12) + 1u;
-  const uint64_t sets = uint64_t{cache.ecx} + 1u;
+  const uint64_t sets = std::min(cache.ecx, uint32_t{INT32_MAX}) + 1u;  // the product fits 64 bits
   const uint64_t kiloBytes = ways * partitions * lineSize * sets / 1024;
   return static_cast<uint32_t>(std::min<uint64_t>(kiloBytes, INT32_MAX));
 }
