@@ -1,0 +1,60 @@
+// Locales that the build machine need not have installed.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+namespace quenlor::test {
+
+// The process's locale for the object's lifetime.
+class ScopedLocale {
+ public:
+  explicit ScopedLocale(const char* name) : m_previous(std::setlocale(LC_ALL, nullptr)) {
+    m_set = std::setlocale(LC_ALL, name) != nullptr;
+  }
+  ~ScopedLocale() { std::setlocale(LC_ALL, m_previous.c_str()); }
+  ScopedLocale(const ScopedLocale&) = delete;
+  ScopedLocale& operator=(const ScopedLocale&) = delete;
+
+  explicit operator bool() const { return m_set; }
+
+ private:
+  std::string m_previous;
+  bool m_set;
+};
+
+// Compiles a locale into a folder of its own and looks for locales there. False where the machine
+// has no localedef or no sources of locales.
+class CompiledLocale {
+ public:
+  CompiledLocale(const std::string& name, const std::string& source, const std::string& charmap)
+      : m_folder(makeFolder()) {
+    const std::string command = "localedef -c --quiet -i '" + source + "' -f " + charmap + " '" +
+                                (m_folder / name).string() + "' >/dev/null 2>&1";
+    m_made = std::system(command.c_str()) != -1 && std::filesystem::exists(m_folder / name);
+    setenv("LOCPATH", m_folder.c_str(), 1);
+  }
+  ~CompiledLocale() {
+    unsetenv("LOCPATH");
+    std::filesystem::remove_all(m_folder);
+  }
+  CompiledLocale(const CompiledLocale&) = delete;
+  CompiledLocale& operator=(const CompiledLocale&) = delete;
+
+  explicit operator bool() const { return m_made; }
+
+ private:
+  static std::filesystem::path makeFolder() {
+    std::string name = testing::TempDir() + "quenlor-locale-XXXXXX";
+    return mkdtemp(name.data());
+  }
+
+  std::filesystem::path m_folder;
+  bool m_made;
+};
+
+}  // namespace quenlor::test
