@@ -1,0 +1,192 @@
+// The guarded collection: module handling, time limit, and what an abandoned worker may still
+// touch.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <fstream>
+#include <mutex>
+
+#include "com/timelimit/GetTableThread.h"
+#include "config/DovCfg.h"
+#include "linux/StorageGroup.h"
+#include "tests/linux/ScriptedSgDevice.h"
+#include "tests/support/Rows.h"
+
+namespace quenlor {
+namespace {
+
+using test::FakeHost;
+using test::ScriptedSgDevice;
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::Not;
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kLoad = "/sbin/modprobe --first-time sg 2>/tmp/modprobe.error";
+constexpr const char* kShow = "cat /tmp/modprobe.error 2>/dev/null";
+constexpr const char* kUnload = "/sbin/modprobe --first-time -r sg 2>/dev/null";
+
+// Configures the time limit of collections for the process.
+void setLimit(int milliseconds) {
+  const std::string directory =
+      ::testing::TempDir() + "quenlor-storage-" + std::to_string(getpid());
+  const std::string program = directory + "/quenlor";
+  ASSERT_EQ(std::system(("mkdir -p " + directory).c_str()), 0);
+  std::ofstream(program) << "";
+  std::ofstream(directory + "/quenlor.conf") << "hwscanner.timeout = " << milliseconds << "\n";
+  DovCfg::initialize(program.c_str());
+  ASSERT_EQ(DovCfg::getError(), 0);
+}
+
+// A device whose first read does not return until it is released.
+class StuckDevice {
+ public:
+  test::FakeDevice node() {
+    test::FakeDevice stuck = m_device.genericNode();
+    stuck.read = [this, answer = stuck.read](void* data, size_t size) {
+      std::unique_lock lock(m_mutex);
+      m_reader = pthread_self();
+      m_isRead = true;
+      m_changed.notify_all();
+      m_changed.wait(lock, [this] { return m_isReleased; });
+      return answer(data, size);
+    };
+    return stuck;
+  }
+
+  void waitUntilRead() {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_isRead; });
+  }
+
+  // Lets the reading thread go on and waits for its end.
+  void releaseAndJoin() {
+    pthread_t reader;
+    {
+      const std::lock_guard lock(m_mutex);
+      m_isReleased = true;
+      reader = m_reader;
+      m_changed.notify_all();
+    }
+    pthread_join(reader, nullptr);
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+  bool m_isRead = false;
+  bool m_isReleased = false;
+  pthread_t m_reader{};
+  ScriptedSgDevice m_device;
+};
+
+class StorageTimeoutTest : public ::testing::Test {
+ protected:
+  StorageTimeoutTest() { StorageGroup::forgetEnumeration(); }
+  ~StorageTimeoutTest() override { StorageGroup::forgetEnumeration(); }
+
+  void letModprobeLoadTheModule() {
+    machine.directories["/tmp"];
+    machine.permissions["/tmp"] = 01777;
+    machine.commands[kLoad] = {};
+    machine.commands[kShow] = {};
+  }
+
+  FakeHost machine;
+};
+
+TEST_F(StorageTimeoutTest, tableOfACollectionThatEndsInTimeIsReturned) {
+  setLimit(60000);
+  ScriptedSgDevice disk;
+  machine.devices["/dev/sg0"] = disk.genericNode();
+  EXPECT_EQ(test::collect<StorageGroup>().size(), 1U);
+  EXPECT_THAT(machine.started, Not(Contains(kUnload)));
+  EXPECT_EQ(machine.openDescriptors(), 0);
+  EXPECT_EQ(machine.openCommands(), 0);
+  EXPECT_FALSE(hasAbandonedWorkers());
+}
+
+TEST_F(StorageTimeoutTest, moduleThatThisRunLoadedIsUnloaded) {
+  setLimit(60000);
+  letModprobeLoadTheModule();
+  EXPECT_TRUE(test::collect<StorageGroup>().empty());
+  EXPECT_EQ(machine.started.front(), kLoad);
+  EXPECT_EQ(machine.started.back(), kUnload);
+}
+
+TEST_F(StorageTimeoutTest, sgMapIsReadOncePerRun) {
+  setLimit(60000);
+  ScriptedSgDevice disk;
+  machine.devices["/dev/sg0"] = disk.genericNode();
+  for (int scan = 0; scan < 2; ++scan) EXPECT_EQ(test::collect<StorageGroup>().size(), 1U);
+  EXPECT_EQ(std::count(machine.started.begin(), machine.started.end(), "sg_map -x 2>/dev/null"), 1);
+}
+
+TEST_F(StorageTimeoutTest, collectionThatHangsYieldsNoTableAndSaysSo) {
+  setLimit(200);
+  letModprobeLoadTheModule();
+  StuckDevice stuck;
+  machine.devices["/dev/sg0"] = stuck.node();
+  auto group = std::make_unique<StorageGroup>();
+
+  ::testing::internal::CaptureStderr();
+  const auto start = Clock::now();
+  EXPECT_EQ(group->getTable(), nullptr);
+  const auto elapsed = Clock::now() - start;
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "quenlor: Storage did not finish within 200 ms and is left out\n");
+  EXPECT_GE(elapsed, std::chrono::milliseconds(200));
+  EXPECT_LT(elapsed, std::chrono::milliseconds(300));
+  EXPECT_TRUE(hasAbandonedWorkers());
+  EXPECT_EQ(machine.started.back(), kUnload);
+
+  // The driver deletes the group while the worker is still at work.
+  stuck.waitUntilRead();
+  group.reset();
+  stuck.releaseAndJoin();
+  EXPECT_EQ(machine.openDescriptors(), 0);
+}
+
+TEST_F(StorageTimeoutTest, nextCollectionAfterAHangStartsAfresh) {
+  setLimit(200);
+  ScriptedSgDevice first;
+  StuckDevice stuck;
+  machine.devices["/dev/sg0"] = first.genericNode();
+  machine.devices["/dev/sg1"] = stuck.node();
+  ::testing::internal::CaptureStderr();
+  EXPECT_TRUE(test::collect<StorageGroup>().empty());
+  ::testing::internal::GetCapturedStderr();
+  stuck.waitUntilRead();
+
+  // The worker is in the middle of its walk over the nodes and keeps its place there.
+  setLimit(60000);
+  FakeHost repaired;
+  ScriptedSgDevice second;
+  repaired.devices["/dev/sg0"] = second.genericNode();
+  const auto rows = test::collect<StorageGroup>();
+  ASSERT_EQ(rows.size(), 1U);
+  EXPECT_EQ(test::valueOf(rows[0], 1), "1");
+  EXPECT_THAT(repaired.started, Contains("sg_map -x 2>/dev/null"));
+  stuck.releaseAndJoin();
+}
+
+TEST_F(StorageTimeoutTest, limitThatIsNoNumberGivesUpAtOnceUnlessDone) {
+  setLimit(0);
+  StuckDevice stuck;
+  machine.devices["/dev/sg0"] = stuck.node();
+  ::testing::internal::CaptureStderr();
+  StorageGroup group;
+  EXPECT_EQ(group.getTable(), nullptr);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "quenlor: Storage did not finish within 0 ms and is left out\n");
+  stuck.waitUntilRead();
+  stuck.releaseAndJoin();
+}
+
+}  // namespace
+}  // namespace quenlor
