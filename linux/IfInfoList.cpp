@@ -54,6 +54,7 @@ void IfInfoList::add(const IfInfo& record) {
     m_items = std::move(items);
     ++m_count;
     merged->name = x_strdup(record.name);
+    m_byName.emplace(merged->name, merged);
   }
   if (record.ipv4Address != nullptr) replaceText(merged->ipv4Address, record.ipv4Address);
   if (record.ipv6Address != nullptr) replaceText(merged->ipv6Address, record.ipv6Address);
@@ -63,12 +64,12 @@ IfInfo* IfInfoList::get(int i) const {
   return i >= 0 && i < m_count ? m_items[static_cast<size_t>(i)] : nullptr;
 }
 
-IfInfo* find_if(const char* name, const IfInfoList& list) {
-  for (int i = 0; i < list.count(); ++i) {
-    if (std::strcmp(list.get(i)->name, name) == 0) return list.get(i);
-  }
-  return nullptr;
+IfInfo* IfInfoList::find(std::string_view name) const {
+  const auto found = m_byName.find(name);
+  return found == m_byName.end() ? nullptr : found->second;
 }
+
+IfInfo* find_if(const char* name, const IfInfoList& list) { return list.find(name); }
 
 IfInfo* findIPv4(IfInfoList& list, const char* address) {
   if (address == nullptr || *address == '\0') return nullptr;

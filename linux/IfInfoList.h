@@ -4,6 +4,8 @@
 
 #include <cstdio>
 #include <memory>
+#include <string_view>
+#include <unordered_map>
 
 namespace quenlor {
 
@@ -25,11 +27,13 @@ class IfInfoList {
   // Merges a record by its name: addresses that it has replace those of the list. Copies the texts.
   void add(const IfInfo& record);
   IfInfo* get(int i) const;  // null outside 0 .. count() - 1; stays owned by the list
+  IfInfo* find(std::string_view name) const;  // null when there is none
   int count() const { return m_count; }
 
  private:
   std::unique_ptr<IfInfo*[]> m_items;  // exactly m_count records; null when empty
   int m_count = 0;
+  std::unordered_map<std::string_view, IfInfo*> m_byName;  // the keys are the records' own names
 };
 
 // First record of that name; null when there is none.

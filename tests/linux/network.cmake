@@ -8,3 +8,8 @@ find_package(Python3 REQUIRED COMPONENTS Interpreter)
 add_test(NAME pci.tablesFollowFromTheList
          COMMAND Python3::Interpreter "${PROJECT_SOURCE_DIR}/data/pci-derive.py" --check)
 set_tests_properties(pci.tablesFollowFromTheList PROPERTIES LABELS unit SKIP_RETURN_CODE 77)
+
+quenlor_test(network
+  SOURCES DefaultGatewayTest.cpp HostNamesTest.cpp IfconfigTextTest.cpp IfInfoListTest.cpp
+          IpAddressGroupTest.cpp NetworkAdapterGroupTest.cpp ResolvConfTest.cpp
+  DEPENDS network log)
