@@ -38,6 +38,7 @@ struct Stream {
   std::function<ssize_t(char*, size_t)> read;
   std::function<ssize_t(const char*, size_t)> write;
   std::function<void()> onClose;
+  std::function<int(off64_t*, int)> seek{};  // unset: a pipe
 };
 
 FILE* openStream(Stream stream, const char* mode) {
@@ -53,6 +54,11 @@ FILE* openStream(Stream stream, const char* mode) {
     if (closing->onClose) closing->onClose();
     return 0;
   };
+  if (stream.seek) {
+    functions.seek = [](void* cookie, off64_t* offset, int whence) {
+      return static_cast<Stream*>(cookie)->seek(offset, whence);
+    };
+  }
   return ::fopencookie(new Stream(std::move(stream)), mode, functions);
 }
 
@@ -304,8 +310,24 @@ FILE* FakeHost::fopen(const char* path, const char* mode) {
                      [this, fd, streams = m_streams] {
                        close(fd);
                        --*streams;
-                     }},
+                     },
+                     [this, fd](off64_t* offset, int whence) { return seek(fd, offset, whence); }},
                     mode);
+}
+
+int FakeHost::seek(int fd, off64_t* offset, int whence) {
+  const std::lock_guard lock(m_mutex);
+  const auto found = m_open.find(fd);
+  if (found == m_open.end()) return fail(EBADF);
+  OpenFile& file = found->second;
+  const auto content = files.find(file.path);
+  const size_t end = content == files.end() ? 0 : content->second.size();
+  const size_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? file.position : end;
+  const auto target = static_cast<off64_t>(base) + *offset;
+  if (target < 0) return fail(EINVAL);
+  *offset = target;
+  file.position = static_cast<size_t>(target);
+  return 0;
 }
 
 bool FakeHost::listDirectory(const char* path, std::vector<std::string>& names) {

@@ -137,6 +137,7 @@ class FakeHost : public Host {
   bool exists(const std::string& path) const;
   int openError(const std::string& path, int flags) const;
   void fillStatus(const std::string& path, struct stat* out) const;
+  int seek(int fd, off64_t* offset, int whence);
   FakeDevice* deviceOf(const OpenFile& file);
   std::optional<std::string> mappedBytes(int fd, size_t length, off_t offset);
 
