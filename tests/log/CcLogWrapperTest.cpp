@@ -242,6 +242,7 @@ TEST_F(CcLogWrapperTest, aFailedRotationEndsTracingSilently) {
   testing::internal::CaptureStderr();
   for (int i = 0; i < 10; ++i) getCcLogHw()->traceMAX(at(), "hardware number %d", i);
   CcLogWrapper::cleanupInstances();
+  EXPECT_EQ(trace(), "");
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }

@@ -234,6 +234,9 @@ TEST(NodeReader, entitiesThatBlowTheDocumentUpAreRefused) {
   const std::string entity = "<!DOCTYPE r [<!ENTITY a '" + std::string(1024, 'x') + "'>]><r>";
   expectRefused(entity + repeated("&a;", 1000000) + "</r>", "critical");
   expectRefused(entity + repeated("<g Name='&a;&a;&a;&a;'/>", 100000) + "</r>", "critical");
+  // Fifty times the document's size is too much as well.
+  const std::string shorter = "<!DOCTYPE r [<!ENTITY a '" + std::string(200, 'x') + "'>]><r>";
+  expectRefused(shorter + repeated("&a;", 100000) + "</r>", "critical");
 }
 
 TEST(NodeReader, attributeDefaultsAreRefusedSinceEachElementWouldHoldThem) {
