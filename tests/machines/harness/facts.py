@@ -118,4 +118,63 @@ def _memory():
     ]
 
 
-REAL = {"memory": _memory}
+def _processor():
+    """What the CPUID instruction says under any /proc/cpuinfo: identity, clock and cache."""
+    cpu = _first_processor()
+    group = "PhysicalProcessor"
+    maker = {"GenuineIntel": "Intel", "AuthenticAMD": "AMD"}.get(cpu["vendor_id"], cpu["vendor_id"])
+    types = {"Original OEM Processor", "OverDrive Processor", "Dual Processor", "Reserved"}
+    return [
+        Rule(group, "Manufacturer", "CPU_MAKER", _equals(maker)),
+        Rule(group, "Family", "CPU_FAMILY",
+             lambda value: value != "" and value in f"{cpu['model name']} Family {cpu['cpu family']}"),
+        Rule(group, "Type", "CPU_TYPE", types.__contains__),
+        Rule(group, "CpuFreq", "CPU_MHZ", str.isdecimal),
+        Rule(group, "L2 Cache Size", "CPU_L2_KB", _is_second_level_cache),
+        Rule(group, "Brandname", "CPU_BRAND", _equals(cpu["model name"])),
+        Rule(group, "Signature", "CPU_SIGNATURE", _is_signature_of(cpu)),
+        Rule(group, "Is64BitSupported", "CPU_64BIT", _equals("Y")),
+    ]
+
+
+def _core_counts():
+    """For a machine where neither /sys nor /proc/cpuinfo shows a topology: CPUID's own counts."""
+    positive = re.compile(r"[1-9]\d*(\.0{6})?").fullmatch
+    return [
+        Rule("PhysicalProcessor", "Core Per Package Count", "CPU_CORES", positive),
+        Rule("PhysicalProcessor", "Logical Proc Per Core", "CPU_THREADS", positive),
+        Rule("Lpar", "Node Capacity In Cores", "CPU_CORES", positive),
+    ]
+
+
+def _first_processor():
+    with open("/proc/cpuinfo", encoding="utf-8") as stream:
+        lines = stream.read().split("\n\n")[0].splitlines()
+    return {key.strip(): value.strip() for key, _, value in (line.partition(":") for line in lines)}
+
+
+def _is_second_level_cache(value):
+    try:
+        with open("/sys/devices/system/cpu/cpu0/cache/index2/size", encoding="ascii") as stream:
+            return value == stream.read().strip().removesuffix("K")
+    except OSError:
+        return value.isdecimal()
+
+
+def _is_signature_of(cpu):
+    def holds(value):
+        if not re.fullmatch("[0-9A-F]{8}", value):
+            return False
+        word = int(value, 16)
+        family, model = word >> 8 & 15, word >> 4 & 15
+        if family in (6, 15):
+            model |= word >> 12 & 0xF0
+        if family == 15:
+            family += word >> 20 & 255
+        found = (family, model, word & 15)
+        return found == tuple(int(cpu[key]) for key in ("cpu family", "model", "stepping"))
+
+    return holds
+
+
+REAL = {"memory": _memory, "processor": _processor, "core counts": _core_counts}

@@ -28,12 +28,14 @@ class Machine:
     firmware: str = ""  # image that stands in for /dev/mem
     mounts: list = field(default_factory=list)  # at, size, inodes: file systems of known size
     generate: list = field(default_factory=list)  # path, count, text, before, after
+    # Commands that scripts of the machine and the scanner find in /bin, from busybox.
+    commands: list = field(default_factory=lambda: ["cat", "rm", "sleep", "yes", "head", "kill"])
     host_files: list = field(default_factory=list)  # programs of the building machine to carry along
     cpus: int = 0  # bind the scan to so many CPUs; 0 leaves the affinity alone
     real: list = field(default_factory=list)  # facts that come from the real kernel, see facts.py
     leaves: list = field(default_factory=list)  # paths that a scan is meant to create
     status: int = 0
-    stderr: str = ""
+    stderr: str | dict = ""  # one text for every document, or a text by document
     seconds: float = 2.0  # longest a single scan may take
 
     @property
@@ -42,6 +44,9 @@ class Machine:
 
     def golden(self, document):
         return self.path / f"golden.{document}"
+
+    def expected_stderr(self, document):
+        return self.stderr.get(document, "") if isinstance(self.stderr, dict) else self.stderr
 
     def roots(self):
         """Directories to lay over each other, lowest first."""

@@ -29,7 +29,7 @@ class Scan:
         end = time.time()
         if isinstance(result, str):
             return [f"{kind}: {result}"]
-        document, complaints = self._collect(result)
+        document, complaints = self._collect(result, kind)
         expected = [*self._machine.leaves]
         complaints += changes(before, snapshot(self._root), expected)
         complaints += self._check_time(end - start)
@@ -68,13 +68,13 @@ class Scan:
         if self._machine.cpus:
             os.sched_setaffinity(0, sorted(os.sched_getaffinity(0))[: self._machine.cpus])
 
-    def _collect(self, result):
+    def _collect(self, result, kind):
         """The document and what is wrong with the run around it."""
         complaints = []
         if result.returncode != self._machine.status:
             complaints.append(f"exit status {result.returncode}, not {self._machine.status}")
-        complaints += difference(self._machine.stderr, result.stderr.decode(errors="replace"),
-                                 "standard error")
+        complaints += difference(self._machine.expected_stderr(kind),
+                                 result.stderr.decode(errors="replace"), "standard error")
         if not self._machine.output:
             return result.stdout, complaints
         if result.stdout:

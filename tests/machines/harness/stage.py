@@ -16,8 +16,6 @@ SCAN_CONFIGURATION = "etc/scan-groups.xml"
 # ps ...) in place of the machine's commands, or of their absence.
 SHELL = "/bin/dash"
 BUSYBOX = "/bin/busybox"
-# What the machines' scripts may use. None of them is a command that the scanner looks for.
-SCRIPT_COMMANDS = ("cat", "sleep", "kill", "yes", "head")
 
 
 class Stage:
@@ -64,7 +62,7 @@ class Stage:
         copy_program(SHELL, self._root)
         (self._root / "bin/sh").symlink_to("dash")
         shutil.copy2(BUSYBOX, self._root / "bin/busybox")
-        for command in SCRIPT_COMMANDS:
+        for command in self._machine.commands:
             (self._root / "bin" / command).symlink_to("busybox")
 
     def _add_scanner(self):
