@@ -1,0 +1,37 @@
+#!/bin/sh
+# The documents say what the program does: generated ones are current, manuals are sound, every
+# option stands in the manual and in the completion.
+# Usage: documents_test.sh <source directory> <build directory>
+set -eu
+source=$1
+build=$2
+fail() { echo "FAILED: $*" >&2; exit 1; }
+
+"$build/tools/describe_catalogue" fields "$source/data/fields.tsv" | diff -u "$source/docs/fields.md" - ||
+  fail "docs/fields.md is not current: cmake --build build/release --target fields"
+"$build/tools/describe_catalogue" schema | xmllint --noout - || fail "the schema is not well-formed"
+
+for page in "$source"/docs/man/*; do
+  # Our own two pages are not installed while they are tested.
+  findings=$(mandoc -T lint "$page" 2>/dev/null | grep -v 'referenced manual not found: Xr quenlor' || true)
+  [ -z "$findings" ] || fail "$findings"
+  warnings=$(groff -man -ww -z "$page" 2>&1) || true
+  [ -z "$warnings" ] || fail "$warnings"
+done
+
+for option in c o m l h w; do
+  grep -q "case '$option':" "$source/scanengine/CommandLine.cpp" || fail "-$option is no option"
+  grep -Eq "(It|Op) Fl $option|^\.Fl $option" "$source/docs/man/quenlor.8" || fail "-$option is not in the manual"
+done
+for option in c o m l h; do
+  grep -q -- "-$option" "$source/docs/completion/quenlor" || fail "-$option is not completed"
+done
+for key in config_dir hwscanner.config_file hwscanner.timeout; do
+  grep -q "It Cm $key" "$source/docs/man/quenlor.conf.5" || fail "$key is not in the manual"
+  grep -q "^#$key" "$source/data/quenlor.conf" || fail "$key is not in the sample"
+done
+for key in trace.file trace.level trace.size trace.count; do
+  grep -q "Cm $key" "$source/docs/man/quenlor.8" || fail "$key is not in the manual"
+  grep -q "^$key" "$source/data/DovTrace.properties" || fail "$key is not in the sample"
+done
+echo "documents are current"
