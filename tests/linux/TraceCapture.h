@@ -1,4 +1,4 @@
-// The trace of a scope, at the level MAX, as text.
+// The trace of a scope as text.
 #pragma once
 
 #include <stdlib.h>
@@ -14,12 +14,12 @@ namespace quenlor::test {
 
 class TraceCapture {
  public:
-  TraceCapture() {
+  explicit TraceCapture(const char* level = "MAX") {
     std::string pattern = (std::filesystem::temp_directory_path() / "trace-XXXXXX").string();
     m_directory = mkdtemp(pattern.data());
     const std::string properties = m_directory + "/DovTrace.properties";
-    std::ofstream(properties) << "trace.file = " << file()
-                              << "\ntrace.level = MAX\ntrace.size = 100000000\n";
+    std::ofstream(properties) << "trace.file = " << file() << "\ntrace.level = " << level
+                              << "\ntrace.size = 100000000\n";
     CcLogWrapper::initialize(properties.c_str());
   }
   ~TraceCapture() {

@@ -3,6 +3,8 @@ quenlor_test(enabler
   DEPENDS enabler host log)
 
 quenlor_test(processor
-  SOURCES ProcCpuinfoTest.cpp ProcessorFactsTest.cpp
+  SOURCES HostComponentIDGroupTest.cpp LParGroupTest.cpp PhysicalProcDescriptionTest.cpp
+          PhysicalProcessorGroupTest.cpp ProcCpuinfoTest.cpp ProcessorFactsTest.cpp
+          ProcessorGroupTest.cpp
   DEPENDS processor cpu_machine firmware_builder factory host identity log machine smbios vmware
           vtcmd)
