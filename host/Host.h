@@ -22,9 +22,9 @@ namespace quenlor {
 
 // The C library's time-zone variables after tzset().
 struct TimeZone {
-  long secondsWest = 0;   // `timezone`: seconds west of UTC, negative in the east
-  bool daylight = false;  // `daylight`: the zone has daylight-saving rules
-  std::string name;       // tzname[0]
+  long secondsWest = 0;      // `timezone`: seconds west of UTC, negative in the east
+  bool daylight = false;     // `daylight`: the zone has daylight-saving rules
+  std::string name;          // tzname[0]
   std::string daylightName;  // tzname[1]
 };
 
@@ -54,21 +54,22 @@ class Host {
   virtual ~Host() = default;
 
   // --- files and devices ---
-  virtual int open(const char* path, int flags, mode_t mode) = 0;              // as open
-  virtual int close(int fd) = 0;                                               // as close
-  virtual ssize_t read(int fd, void* buffer, size_t size) = 0;                 // as read
-  virtual ssize_t write(int fd, const void* buffer, size_t size) = 0;          // as write
-  virtual int ioctl(int fd, unsigned long request, void* argument) = 0;        // as ioctl
-  virtual int stat(const char* path, struct stat* out) = 0;                    // as stat
-  virtual int fstat(int fd, struct stat* out) = 0;                             // as fstat
-  virtual int unlink(const char* path) = 0;                                    // as unlink
-  virtual void* mmap(size_t length, int protection, int flags, int fd, off_t offset) = 0;  // as mmap
-  virtual int munmap(void* address, size_t length) = 0;                        // as munmap
+  virtual int open(const char* path, int flags, mode_t mode) = 0;        // as open
+  virtual int close(int fd) = 0;                                         // as close
+  virtual ssize_t read(int fd, void* buffer, size_t size) = 0;           // as read
+  virtual ssize_t write(int fd, const void* buffer, size_t size) = 0;    // as write
+  virtual int ioctl(int fd, unsigned long request, void* argument) = 0;  // as ioctl
+  virtual int stat(const char* path, struct stat* out) = 0;              // as stat
+  virtual int fstat(int fd, struct stat* out) = 0;                       // as fstat
+  virtual int unlink(const char* path) = 0;                              // as unlink
+  virtual void* mmap(size_t length, int protection, int flags, int fd,
+                     off_t offset) = 0;                         // as mmap
+  virtual int munmap(void* address, size_t length) = 0;         // as munmap
   virtual FILE* fopen(const char* path, const char* mode) = 0;  // as fopen; caller fcloses
   // Entry names in directory order, "." and ".." included; false and errno when it cannot be read.
   virtual bool listDirectory(const char* path, std::vector<std::string>& names) = 0;
-  virtual int statvfs(const char* path, struct statvfs* out) = 0;              // as statvfs
-  virtual int fstatvfs(int fd, struct statvfs* out) = 0;                       // as fstatvfs
+  virtual int statvfs(const char* path, struct statvfs* out) = 0;  // as statvfs
+  virtual int fstatvfs(int fd, struct statvfs* out) = 0;           // as fstatvfs
 
   // --- commands ---
   // As popen(commandLine, "r"), with standard input from /dev/null, LC_ALL=C in the child and a
@@ -78,27 +79,27 @@ class Host {
   virtual int pclose(FILE* stream) = 0;
 
   // --- network ---
-  virtual int socket(int domain, int type, int protocol) = 0;                  // as socket
+  virtual int socket(int domain, int type, int protocol) = 0;  // as socket
   // Official name of an IPv4 address as gethostbyaddr gives it; false when there is none.
   virtual bool hostNameOfAddress(const in_addr& address, std::string& name) = 0;
 
   // --- facts of the running system ---
-  virtual int uname(struct utsname* out) = 0;                                  // as uname
-  virtual int sysinfo(struct sysinfo* out) = 0;                                // as sysinfo
-  virtual int getpagesize() = 0;                                               // as getpagesize
-  virtual int getNprocs() = 0;                                                 // as get_nprocs
-  virtual int getNprocsConf() = 0;                                             // as get_nprocs_conf
-  virtual long sysconf(int name) = 0;                                          // as sysconf
+  virtual int uname(struct utsname* out) = 0;    // as uname
+  virtual int sysinfo(struct sysinfo* out) = 0;  // as sysinfo
+  virtual int getpagesize() = 0;                 // as getpagesize
+  virtual int getNprocs() = 0;                   // as get_nprocs
+  virtual int getNprocsConf() = 0;               // as get_nprocs_conf
+  virtual long sysconf(int name) = 0;            // as sysconf
   // First utmp record that getutid finds for the type; false when there is none.
   virtual bool findUtmp(short type, struct utmp* record) = 0;
-  virtual TimeZone timeZone() = 0;                                             // tzset and its variables
-  virtual const char* setlocale(int category, const char* locale) = 0;         // as setlocale
-  virtual const char* getenv(const char* name) = 0;                            // as getenv
+  virtual TimeZone timeZone() = 0;                                      // tzset and its variables
+  virtual const char* setlocale(int category, const char* locale) = 0;  // as setlocale
+  virtual const char* getenv(const char* name) = 0;                     // as getenv
 
   // --- clock ---
-  virtual time_t time() = 0;                                                   // as time(NULL)
-  virtual int gettimeofday(struct timeval* out) = 0;                           // as gettimeofday
-  virtual void sleepMicroseconds(uint32_t microseconds) = 0;                   // as usleep
+  virtual time_t time() = 0;                                  // as time(NULL)
+  virtual int gettimeofday(struct timeval* out) = 0;          // as gettimeofday
+  virtual void sleepMicroseconds(uint32_t microseconds) = 0;  // as usleep
 
   // --- processor ---
   // CPUID on the current CPU; false when the leaf lies above the processor's largest one.
@@ -107,10 +108,10 @@ class Host {
   virtual void portInput(PortRegisters* registers) = 0;
 
   // --- dynamic loader ---
-  virtual void* dlopen(const char* path, int flags) = 0;                       // as dlopen
-  virtual void* dlsym(void* library, const char* symbol) = 0;                  // as dlsym
-  virtual int dlclose(void* library) = 0;                                      // as dlclose
-  virtual const char* dlerror() = 0;                                           // as dlerror
+  virtual void* dlopen(const char* path, int flags) = 0;       // as dlopen
+  virtual void* dlsym(void* library, const char* symbol) = 0;  // as dlsym
+  virtual int dlclose(void* library) = 0;                      // as dlclose
+  virtual const char* dlerror() = 0;                           // as dlerror
 };
 
 // The host in use: the real machine unless a ScopedHost is alive.

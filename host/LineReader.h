@@ -9,7 +9,8 @@ namespace quenlor {
 
 // Reads pieces of at most bufferSize - 1 characters, each ending after a newline, at the buffer's
 // end or at the end of the stream: a line longer than the buffer arrives in several pieces, and
-// text behind a NUL byte in a line is not seen. Does not own the stream; a null stream has no lines.
+// text behind a NUL byte in a line is not seen. Does not own the stream; a null stream has no
+// lines.
 class LineReader {
  public:
   LineReader(FILE* stream, size_t bufferSize);

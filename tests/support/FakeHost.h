@@ -34,55 +34,56 @@ struct FakeDevice {
   dev_t number = 0;       // st_rdev
 };
 
-// Everything that is not set is missing: files give ENOENT, commands print nothing and exit with 127
-// as the shell does. Installs itself as host() for its lifetime. Records what was asked for. May be
-// asked from several threads; the maps are to be changed only while nobody asks.
+// Everything that is not set is missing: files give ENOENT, commands print nothing and exit with
+// 127 as the shell does. Installs itself as host() for its lifetime. Records what was asked for.
+// May be asked from several threads; the maps are to be changed only while nobody asks.
 class FakeHost : public Host {
  public:
   FakeHost();
   ~FakeHost() override;
 
   // --- what the machine holds ---
-  std::map<std::string, std::string> files;                     // path to content; also for stat and open
-  std::map<std::string, std::vector<std::string>> directories;  // path to names, without "." and ".."
-  std::map<std::string, CommandResult> commands;                // command line to result
-  std::set<std::string> unstartableCommands;                    // popen gives null for these
-  std::function<void(const std::string&)> onCommand;            // runs at each popen: side effects
-  std::map<std::string, FakeDevice> devices;                    // node to answers
-  std::map<std::string, int> openErrors;                        // path to errno of open and fopen
-  std::map<std::string, mode_t> permissions;                    // default 0644, directories 0755
-  FakeDevice socketDevice;                                      // ioctls on any socket
+  std::map<std::string, std::string> files;  // path to content; also for stat and open
+  std::map<std::string, std::vector<std::string>>
+      directories;                                    // path to names, without "." and ".."
+  std::map<std::string, CommandResult> commands;      // command line to result
+  std::set<std::string> unstartableCommands;          // popen gives null for these
+  std::function<void(const std::string&)> onCommand;  // runs at each popen: side effects
+  std::map<std::string, FakeDevice> devices;          // node to answers
+  std::map<std::string, int> openErrors;              // path to errno of open and fopen
+  std::map<std::string, mode_t> permissions;          // default 0644, directories 0755
+  FakeDevice socketDevice;                            // ioctls on any socket
   bool socketsFail = false;
-  std::map<std::string, std::string> hostNames;                 // dotted quad to name
-  std::map<std::string, struct statvfs> fileSystems;            // mount point to statvfs result
-  std::function<int(const char*, struct statvfs*)> onStatvfs;   // instead of fileSystems, if set
+  std::map<std::string, std::string> hostNames;                // dotted quad to name
+  std::map<std::string, struct statvfs> fileSystems;           // mount point to statvfs result
+  std::function<int(const char*, struct statvfs*)> onStatvfs;  // instead of fileSystems, if set
   std::optional<struct utsname> unameResult;
   std::optional<struct sysinfo> sysinfoResult;
   std::map<short, struct utmp> utmpRecords;
   TimeZone zone;
-  std::map<int, std::optional<std::string>> locales;            // category to name; unset: "C"
+  std::map<int, std::optional<std::string>> locales;  // category to name; unset: "C"
   std::map<std::string, std::string> environment;
   time_t now = 0;
   int pageSize = 4096;
   int nprocs = 1;
   int nprocsConf = 1;
-  std::map<int, long> sysconfValues;                            // default: from the three above
+  std::map<int, long> sysconfValues;  // default: from the three above
   std::map<std::pair<uint32_t, uint32_t>, CpuidRegisters> cpuidLeaves;  // (leaf, subleaf)
-  std::function<void(PortRegisters*)> port;                     // unset: raises SIGSEGV
-  std::function<void*(const char* path, int flags)> loadLibrary;  // unset: null
+  std::function<void(PortRegisters*)> port;                             // unset: raises SIGSEGV
+  std::function<void*(const char* path, int flags)> loadLibrary;        // unset: null
   std::function<void*(void* library, const char* symbol)> findSymbol;
 
   // --- what was asked for ---
-  std::vector<std::string> opened;    // paths of open and fopen, in order, found or not
-  std::vector<std::string> started;   // command lines in order
+  std::vector<std::string> opened;   // paths of open and fopen, in order, found or not
+  std::vector<std::string> started;  // command lines in order
   std::vector<std::string> unlinked;
-  std::vector<std::string> measured;  // paths of statvfs, in order
+  std::vector<std::string> measured;           // paths of statvfs, in order
   std::atomic<uint64_t> sleptMicroseconds{0};  // sleeps return at once and are added here
-  int openDescriptors() const;        // descriptors, sockets and streams not closed yet
-  int openStreams() const;            // streams of fopen not closed yet
-  int openCommands() const;           // command streams not closed yet
-  int openMappings() const;           // mappings not unmapped yet
-  int openLibraries() const;          // successful dlopen less dlclose
+  int openDescriptors() const;                 // descriptors, sockets and streams not closed yet
+  int openStreams() const;                     // streams of fopen not closed yet
+  int openCommands() const;                    // command streams not closed yet
+  int openMappings() const;                    // mappings not unmapped yet
+  int openLibraries() const;                   // successful dlopen less dlclose
 
   // Sets uname from three texts.
   void setUname(const std::string& node, const std::string& release, const std::string& machine);
