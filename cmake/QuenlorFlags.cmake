@@ -24,3 +24,8 @@ else()
     $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
     $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=3>)
 endif()
+
+# Coverage feedback from every library that a fuzz target calls.
+if(QUENLOR_BUILD_FUZZERS)
+  target_compile_options(quenlor_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
