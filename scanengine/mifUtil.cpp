@@ -80,7 +80,6 @@ void printKeyedGroup(FILE* file, const velGroupDef& group, VelTable& table) {
     while (const VelTableAttrib* attrib = row->getNext()) {
       printDefaultAttribute(file, &group, attrib->getId(), attrib->getType());
     }
-    row->reset();
   } else {
     printFromGroupDef(file, &group);
   }
@@ -171,7 +170,7 @@ void printFromGroupDef(FILE* file, const velGroupDef* group) {
 
 void printDMTFType(FILE* file, const velGroupDef* group, uint32_t attribId) {
   const velAttribDef* attrib = getAttribDefinitionFromId(group, attribId);
-  if (attrib == nullptr) return;
+  if (group == nullptr || attrib == nullptr) return;
   if (attrib->enumTable != nullptr) {
     std::fprintf(file, "Start ENUM\n\t\tName = \"%s-%s\"", group->name, attrib->name);
     PrintVelEnumToFile(file, attrib);

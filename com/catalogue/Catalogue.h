@@ -41,6 +41,7 @@ struct velAttribDef {
 };
 
 // One group; a catalogue ends with id kCatalogueEnd and a null name.
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): the order in which a record is read
 struct velGroupDef {
   uint32_t id;
   const char* name;
