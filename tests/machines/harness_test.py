@@ -13,6 +13,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 from harness import facts  # noqa: E402
 from harness.documents import LIST, Rule, with_placeholders  # noqa: E402
 from harness.machine import load_machine  # noqa: E402
+from harness.numbered import numbered  # noqa: E402
 from harness.scan import difference, well_formed  # noqa: E402
 from harness.stage import changes, scan_configuration, snapshot  # noqa: E402
 from harness.utmp import utmp_record  # noqa: E402
@@ -114,6 +115,11 @@ class Stage(unittest.TestCase):
         self.assertEqual(384, len(record))
         self.assertEqual(b"\x01\x00", record[:2])
         self.assertEqual(bytes([4, 3, 2, 1]), record[340:344])
+
+
+class Numbered(unittest.TestCase):
+    def test_fields(self):
+        self.assertEqual("13 1 5 1 0d {x}", numbered("{i} {i//8} {i%8} {i//4%2} {i:02x} {x}", 13))
 
 
 class Machines(unittest.TestCase):

@@ -4,12 +4,15 @@ Works as root and, through a user namespace, without.
 """
 
 import ctypes
+import json
 import os
 import shutil
 import socket
 import subprocess
 import sys
 import time
+
+from harness.numbered import numbered
 
 _libc = ctypes.CDLL(None, use_errno=True)
 _MS_BIND, _MS_REC, _MNT_DETACH = 0x1000, 0x4000, 2
@@ -36,6 +39,12 @@ def mount(source, target, kind=None, flags=0, options=""):
 def mount_tmpfs(target, size, inodes=""):
     mount("tmpfs", target, "tmpfs", 0,
           f"size={size},mode=755" + (f",nr_inodes={inodes}" if inodes else ""))
+
+
+def mount_ramfs(target):
+    """A file system that lists a directory newest entry first on every kernel (tmpfs has changed
+    its mind about that) and whose statvfs says 0 blocks on every machine."""
+    mount("ramfs", target, "ramfs", 0, "mode=755")
 
 
 def unmount(target):
@@ -65,7 +74,9 @@ class Network:
 
     def add(self, interfaces):
         """Each is a dict: name, mac, addresses (texts such as "10.0.0.1/24" or
-        "10.0.0.2/24 label eth0:1"), up (default true)."""
+        "10.0.0.2/24 label eth0:1"), up (default true); with "count" as many of them, texts
+        expanded as in "generate"."""
+        interfaces = [one for interface in interfaces for one in _expand(interface)]
         if not interfaces:
             return
         kind = self._kind()
@@ -99,6 +110,12 @@ class Network:
                 return self._elsewhere.pid
             time.sleep(0.001)
         raise RuntimeError("no second network namespace")
+
+
+def _expand(interface):
+    if "count" not in interface:
+        return [interface]
+    return [json.loads(numbered(json.dumps(interface), i)) for i in range(interface["count"])]
 
 
 def _ip_batch(lines):

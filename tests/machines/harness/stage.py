@@ -7,6 +7,7 @@ import subprocess
 from pathlib import Path
 
 from harness import namespace
+from harness.numbered import numbered
 from harness.programs import copy_program
 from harness.utmp import utmp_record
 
@@ -19,7 +20,7 @@ BUSYBOX = "/bin/busybox"
 
 
 class Stage:
-    """The root directory of one machine, on a tmpfs that ends with the mount namespace."""
+    """The root directory of one machine, on a file system that ends with the mount namespace."""
 
     def __init__(self, machine, root, tools):
         self._machine = machine
@@ -27,13 +28,13 @@ class Stage:
         self._tools = tools
 
     def build(self):
-        namespace.mount_tmpfs(self._root, "256m")
+        namespace.mount_ramfs(self._root)
         for directory in ("dev", "etc", "proc", "sys", "tmp", "var/run", "bin", INSTALL):
             (self._root / directory).mkdir(parents=True)
         (self._root / "tmp").chmod(0o1777)
         self._add_dev_null()
         for layer in self._machine.roots():
-            shutil.copytree(layer, self._root, symlinks=True, dirs_exist_ok=True)
+            copy_in_order(layer, self._root)
         self._generate()
         self._add_shell()
         self._add_scanner()
@@ -51,12 +52,21 @@ class Stage:
         namespace.bind("/dev/null", null)
 
     def _generate(self):
-        """Files too repetitive to be kept: `text` `count` times, with {i} counting from 0."""
-        for item in self._machine.generate:
-            path = self._root / item["path"]
-            path.parent.mkdir(parents=True, exist_ok=True)
-            repeated = (item["text"].replace("{i}", str(i)) for i in range(item["count"]))
-            path.write_text(item.get("before", "") + "".join(repeated) + item.get("after", ""))
+        """Files too repetitive to be kept: `text` `count` times, with {i} counting from 0; one file
+        each where the path counts too."""
+        for item in reversed(self._machine.generate):
+            pieces = [numbered(item["text"], i) for i in range(item["count"])]
+            if "{i" in item["path"]:
+                for i in reversed(range(item["count"])):
+                    self._write(numbered(item["path"], i), pieces[i])
+            else:
+                self._write(item["path"],
+                            item.get("before", "") + "".join(pieces) + item.get("after", ""))
+
+    def _write(self, path, text):
+        path = self._root / path
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text)
 
     def _add_shell(self):
         copy_program(SHELL, self._root)
@@ -95,6 +105,19 @@ class Stage:
             target = self._root / item["at"].lstrip("/")
             target.mkdir(parents=True, exist_ok=True)
             namespace.mount_tmpfs(target, item["size"], item.get("inodes", ""))
+
+
+def copy_in_order(source, target):
+    """Copies a tree so that each directory, listed newest entry first, comes in order of names."""
+    for entry in sorted(os.scandir(source), key=lambda entry: entry.name, reverse=True):
+        path = target / entry.name
+        if entry.is_symlink():
+            path.symlink_to(os.readlink(entry.path))
+        elif entry.is_dir():
+            path.mkdir(exist_ok=True)
+            copy_in_order(entry.path, path)
+        else:
+            shutil.copy2(entry.path, path)
 
 
 def scan_configuration(groups):
