@@ -255,7 +255,8 @@ std::optional<std::string> FakeHost::mappedBytes(int fd, size_t length, off_t of
   std::unique_lock lock(m_mutex);
   const auto found = m_open.find(fd);
   errno = found == m_open.end() ? EBADF : EINVAL;
-  if (found == m_open.end() || length == 0 || offset < 0 || offset % kPage != 0) return {};
+  if (found == m_open.end() || length == 0 || offset < 0) return {};
+  if (static_cast<size_t>(offset) % kPage != 0) return {};
   if (const FakeDevice* device = deviceOf(found->second)) {
     const auto answer = device->map;
     lock.unlock();
