@@ -74,17 +74,15 @@ int SMBIOSTableData::readField(const TableBytes& buf, int off, std::array<uint8_
   return off + static_cast<int>(field.size());
 }
 
-void SMBIOSTableData::traceText(const char* label, const char* text,
-                                const std::source_location& where) const {
+void SMBIOSTableData::traceText(const char* label, const char* text, const TracePoint& at) {
   std::string clean(text == nullptr ? 0 : std::char_traits<char>::length(text), '\0');
   if (removeInvalidChars(clean.data(), text) == nullptr) clean = "-none-";
-  getCcLogHw()->traceMAX(tracePoint(where), "hardware %s %s", label, clean.c_str());
+  getCcLogHw()->traceMAX(at, "hardware %s %s", label, clean.c_str());
 }
 
 void SMBIOSTableData::traceNumber(const char* label, uint32_t number, size_t digits,
-                                  const std::source_location& where) const {
-  getCcLogHw()->traceMAX(tracePoint(where), "hardware %s %0*X", label, static_cast<int>(digits),
-                         number);
+                                  const TracePoint& at) {
+  getCcLogHw()->traceMAX(at, "hardware %s %0*X", label, static_cast<int>(digits), number);
 }
 
 void SMBIOSTableData::dump() const {

@@ -5,8 +5,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <source_location>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "SMBIOS/TableBytes.h"
@@ -61,29 +61,34 @@ class SMBIOSTableData {
   // Reads the string set behind the formatted area of a structure; the offset behind the structure.
   int readStringSet(const TableBytes& buf, int off);
 
-  // Value of a field, traced under the label.
+  // Value of a field, traced under the label and the caller's name and line. (The built-ins are
+  // what gcc and clang 14 have in common; clang's std::source_location is missing.)
   const char* traced(const char* label, StringNumber field,
-                     std::source_location where = std::source_location::current()) const {
+                     const char* function = __builtin_FUNCTION(),
+                     uint32_t line = __builtin_LINE()) const {
     const char* text = stringFromIndex(field.value);
-    if (getCcLogHw()->isEnabled(TraceLevel::kMax)) traceText(label, text, where);
+    if (getCcLogHw()->isEnabled(TraceLevel::kMax))
+      traceText(label, text, {m_sourcePath, function, line});
     return text;
   }
   template <class Number>
-  Number traced(const char* label, Number field,
-                std::source_location where = std::source_location::current()) const {
+  Number traced(const char* label, Number field, const char* function = __builtin_FUNCTION(),
+                uint32_t line = __builtin_LINE()) const {
     if (getCcLogHw()->isEnabled(TraceLevel::kMax)) {
       const auto bits = static_cast<uint32_t>(static_cast<std::make_unsigned_t<Number>>(field));
-      traceNumber(label, bits, 2 * sizeof field, where);
+      traceNumber(label, bits, 2 * sizeof field, {m_sourcePath, function, line});
     }
     return field;
   }
   // Single bit of a field, traced under the label.
   bool tracedBit(const char* label, uint32_t field, unsigned bit,
-                 std::source_location where = std::source_location::current()) const {
-    return traced(label, static_cast<uint8_t>(field >> bit & 1), where) != 0;
+                 const char* function = __builtin_FUNCTION(),
+                 uint32_t line = __builtin_LINE()) const {
+    return traced(label, static_cast<uint8_t>(field >> bit & 1), function, line) != 0;
   }
-  TracePoint tracePoint(std::source_location where = std::source_location::current()) const {
-    return {m_sourcePath, where.function_name(), where.line()};
+  TracePoint tracePoint(const char* function = __builtin_FUNCTION(),
+                        uint32_t line = __builtin_LINE()) const {
+    return {m_sourcePath, function, line};
   }
 
   static void print(const char* label, const char* text);
@@ -96,9 +101,8 @@ class SMBIOSTableData {
   static int readField(const TableBytes& buf, int off, StringNumber& field);
   static int readField(const TableBytes& buf, int off, std::array<uint8_t, 16>& field);
 
-  void traceText(const char* label, const char* text, const std::source_location& where) const;
-  void traceNumber(const char* label, uint32_t number, size_t digits,
-                   const std::source_location& where) const;
+  static void traceText(const char* label, const char* text, const TracePoint& at);
+  static void traceNumber(const char* label, uint32_t number, size_t digits, const TracePoint& at);
 
   int32_t m_type = 0;
   int32_t m_revision;
