@@ -23,7 +23,8 @@ class Comparison:
         for i, (found, wanted) in enumerate(zip(scanner, expected), 1):
             self.row(f"{what} {i}", found, wanted)
 
-    def scans_ended_well(self, results, names):
-        for name in names:
+    def scans_ended_well(self, results, stderr):
+        """`stderr`: the text on standard error by name of scan."""
+        for name, text in stderr.items():
             self.equal(f"exit status of scan '{name}'", results[f"{name}.status"].strip(), "0")
-            self.equal(f"standard error of scan '{name}'", results[f"{name}.err"], "")
+            self.equal(f"standard error of scan '{name}'", results[f"{name}.err"], text)

@@ -29,7 +29,8 @@ class Stage:
 
     def build(self):
         namespace.mount_ramfs(self._root)
-        for directory in ("dev", "etc", "proc", "sys", "tmp", "var/run", "bin", INSTALL):
+        for directory in ("dev", "etc", "proc", "sys", "tmp", "var/run", "var/tmp", "bin",
+                          INSTALL):
             (self._root / directory).mkdir(parents=True)
         (self._root / "tmp").chmod(0o1777)
         self._add_dev_null()
