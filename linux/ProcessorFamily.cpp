@@ -61,8 +61,8 @@ String familyNameIn(const std::vector<std::unique_ptr<ProcessorInfo>>& descripti
 String getEnum(const char* vendor, int chipFamily, int chipModel, const char* modelName) {
   const TraceFunction at{kSourcePath, "getEnum()"};
   getCcLogHw()->traceMidEntry(at(), "hardware %s", "getEnum()");
-  const String name = familyNameIn(GroupFactory::getInstance().processors(), vendor, chipFamily,
-                                   chipModel, modelName);
+  String name = familyNameIn(GroupFactory::getInstance().processors(), vendor, chipFamily,
+                             chipModel, modelName);
   getCcLogHw()->traceMidExit(at(), "hardware return = %s", name.c_str());
   return name;
 }

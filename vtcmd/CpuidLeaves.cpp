@@ -57,38 +57,38 @@ constexpr const char* PROCESSOR_TYPES[] = {"Original OEM Processor", "OverDrive 
 
 struct FeatureBit {
   const char* name;
-  uint32_t leaf;
   uint32_t CpuidRegisters::*word;
+  uint32_t leaf;
   uint32_t bit;
 };
 
 constexpr FeatureBit FEATURES[] = {
-    {"FPU", kSignatureLeaf, &CpuidRegisters::edx, 0},
-    {"PSE", kSignatureLeaf, &CpuidRegisters::edx, 3},
-    {"TSC", kSignatureLeaf, &CpuidRegisters::edx, 4},
-    {"MSR", kSignatureLeaf, &CpuidRegisters::edx, 5},
-    {"PAE", kSignatureLeaf, &CpuidRegisters::edx, 6},
-    {"CX8", kSignatureLeaf, &CpuidRegisters::edx, 8},
-    {"APIC", kSignatureLeaf, &CpuidRegisters::edx, 9},
-    {"CMOV", kSignatureLeaf, &CpuidRegisters::edx, 15},
-    {"MMX", kSignatureLeaf, &CpuidRegisters::edx, 23},
-    {"FXSR", kSignatureLeaf, &CpuidRegisters::edx, 24},
-    {"SSE", kSignatureLeaf, &CpuidRegisters::edx, 25},
-    {"SSE2", kSignatureLeaf, &CpuidRegisters::edx, 26},
-    {"HTT", kSignatureLeaf, &CpuidRegisters::edx, kHyperThreadingBit},
-    {"SSE3", kSignatureLeaf, &CpuidRegisters::ecx, 0},
-    {"VMX", kSignatureLeaf, &CpuidRegisters::ecx, 5},
-    {"SSSE3", kSignatureLeaf, &CpuidRegisters::ecx, 9},
-    {"SSE41", kSignatureLeaf, &CpuidRegisters::ecx, 19},
-    {"SSE42", kSignatureLeaf, &CpuidRegisters::ecx, 20},
-    {"AES", kSignatureLeaf, &CpuidRegisters::ecx, 25},
-    {"AVX", kSignatureLeaf, &CpuidRegisters::ecx, 28},
-    {"HYPERVISOR", kSignatureLeaf, &CpuidRegisters::ecx, 31},
-    {"SVM", kExtendedFeatureLeaf, &CpuidRegisters::ecx, 2},
-    {"NX", kExtendedFeatureLeaf, &CpuidRegisters::edx, 20},
-    {"LM", kExtendedFeatureLeaf, &CpuidRegisters::edx, 29},
+    {"FPU", &CpuidRegisters::edx, kSignatureLeaf, 0},
+    {"PSE", &CpuidRegisters::edx, kSignatureLeaf, 3},
+    {"TSC", &CpuidRegisters::edx, kSignatureLeaf, 4},
+    {"MSR", &CpuidRegisters::edx, kSignatureLeaf, 5},
+    {"PAE", &CpuidRegisters::edx, kSignatureLeaf, 6},
+    {"CX8", &CpuidRegisters::edx, kSignatureLeaf, 8},
+    {"APIC", &CpuidRegisters::edx, kSignatureLeaf, 9},
+    {"CMOV", &CpuidRegisters::edx, kSignatureLeaf, 15},
+    {"MMX", &CpuidRegisters::edx, kSignatureLeaf, 23},
+    {"FXSR", &CpuidRegisters::edx, kSignatureLeaf, 24},
+    {"SSE", &CpuidRegisters::edx, kSignatureLeaf, 25},
+    {"SSE2", &CpuidRegisters::edx, kSignatureLeaf, 26},
+    {"HTT", &CpuidRegisters::edx, kSignatureLeaf, kHyperThreadingBit},
+    {"SSE3", &CpuidRegisters::ecx, kSignatureLeaf, 0},
+    {"VMX", &CpuidRegisters::ecx, kSignatureLeaf, 5},
+    {"SSSE3", &CpuidRegisters::ecx, kSignatureLeaf, 9},
+    {"SSE41", &CpuidRegisters::ecx, kSignatureLeaf, 19},
+    {"SSE42", &CpuidRegisters::ecx, kSignatureLeaf, 20},
+    {"AES", &CpuidRegisters::ecx, kSignatureLeaf, 25},
+    {"AVX", &CpuidRegisters::ecx, kSignatureLeaf, 28},
+    {"HYPERVISOR", &CpuidRegisters::ecx, kSignatureLeaf, 31},
+    {"SVM", &CpuidRegisters::ecx, kExtendedFeatureLeaf, 2},
+    {"NX", &CpuidRegisters::edx, kExtendedFeatureLeaf, 20},
+    {"LM", &CpuidRegisters::edx, kExtendedFeatureLeaf, 29},
 };
-constexpr FeatureBit kIntel64 = {"IEM64T", kExtendedFeatureLeaf, &CpuidRegisters::edx, 29};
+constexpr FeatureBit kIntel64 = {"IEM64T", &CpuidRegisters::edx, kExtendedFeatureLeaf, 29};
 
 const CpuidRegisters* find(const CpuidLeaves& leaves, uint32_t leaf, uint32_t subleaf = 0) {
   const auto found = leaves.find({leaf, subleaf});
