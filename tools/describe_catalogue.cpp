@@ -3,6 +3,7 @@
 //
 //   describe_catalogue schema
 //   describe_catalogue fields <fields.tsv>
+//   describe_catalogue groups
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -262,11 +263,20 @@ int printFields(FieldTexts texts) {
   return problems == 0 ? 0 : 1;
 }
 
+// Id, name and element name of every group, for tests.
+int printGroups() {
+  forEachGroup([](const velGroupDef& group) {
+    std::cout << group.id << '\t' << group.name << '\t' << elementName(group.name) << '\n';
+  });
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
   if (argc == 2 && std::strcmp(argv[1], "schema") == 0) return printSchema();
+  if (argc == 2 && std::strcmp(argv[1], "groups") == 0) return printGroups();
   if (argc == 3 && std::strcmp(argv[1], "fields") == 0) return printFields(readFieldTexts(argv[2]));
-  std::fputs("usage: describe_catalogue schema | describe_catalogue fields <fields.tsv>\n", stderr);
+  std::fputs("usage: describe_catalogue schema | fields <fields.tsv> | groups\n", stderr);
   return 2;
 }

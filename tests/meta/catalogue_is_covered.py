@@ -1,0 +1,52 @@
+#!/usr/bin/env python3
+"""Fails when a group of the catalogue lacks its collector, its unit test, or a document that is compared.
+
+Usage: catalogue_is_covered.py <source directory> <describe_catalogue program>
+"""
+import pathlib
+import re
+import subprocess
+import sys
+
+
+def groups_of(program):
+    """[(id, catalogue name, element name)] in catalogue order."""
+    listing = subprocess.run([program, "groups"], check=True, capture_output=True, text=True).stdout
+    return [line.split("\t") for line in listing.splitlines()]
+
+
+def classes_of(source):
+    """{identifier in namespace group: class} of the factory's table."""
+    text = (source / "linux/createGroup.cpp").read_text()
+    return dict(re.findall(r"\{group::(k\w+), create<(\w+)>\}", text))
+
+
+def identifiers_of(source):
+    """{group id: identifier in namespace group}"""
+    text = (source / "com/catalogue/Catalogue.h").read_text()
+    return {number: name for name, number in
+            re.findall(r"inline constexpr uint32_t (k\w+) = (\d+);", text)}
+
+
+def main():
+    source, program = pathlib.Path(sys.argv[1]), sys.argv[2]
+    classes, identifiers = classes_of(source), identifiers_of(source)
+    tests = "".join(path.read_text() for path in (source / "tests").rglob("*.cpp"))
+    goldens = "".join(path.read_text() for path in (source / "tests/machines").rglob("golden.xml"))
+    # A VMware guest can only be had as a virtual machine.
+    guest = "".join(path.read_text() for path in (source / "tests/vm").glob("*.py"))
+    missing = []
+    for number, name, element in groups_of(program):
+        group_class = classes.get(identifiers.get(number))
+        if group_class is None:
+            missing.append(f"{name}: no line in linux/createGroup.cpp")
+        elif not re.search(rf"\b{group_class}\b", tests):
+            missing.append(f"{name}: no unit test uses {group_class}")
+        if f"<{element} version=" not in goldens and f'row("{element}")' not in guest:
+            missing.append(f"{name}: in no golden document and not compared in the virtual machine")
+    print("\n".join(missing) or "every group has a collector, a unit test and a golden document")
+    return 1 if missing else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
