@@ -67,7 +67,7 @@ std::string ScsiNodeKind::find(const ScsiAddress& address) {
   const auto known = std::find_if(m_known.begin(), m_known.end(), isWanted);
   if (known != m_known.end()) return known->path;
   while (!m_unread.empty()) {
-    const std::string path = std::move(m_unread.back());
+    std::string path = std::move(m_unread.back());
     m_unread.pop_back();
     const Descriptor node(host().open(path.c_str(), O_RDONLY | O_NONBLOCK, 0));
     if (!node) continue;

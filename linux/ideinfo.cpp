@@ -28,7 +28,7 @@ constexpr size_t kSerialNumberOffset = 20;  // words 10 to 19
 constexpr size_t kSerialNumberLength = 20;
 // HDIO_DRIVE_CMD returns the data behind four bytes of registers; word 128 is little-endian.
 constexpr size_t kRegisters = 4;
-constexpr size_t kSecurityStatusOffset = kRegisters + 2 * 128;
+constexpr size_t kSecurityStatusOffset = kRegisters + 256;
 constexpr unsigned char kSecuritySupported = 1;
 constexpr unsigned char kSecurityEnabled = 2;
 constexpr unsigned char kIdentifyDevice = 0xEC;
@@ -45,9 +45,10 @@ std::string lastComponent(const std::string& path) {
 void appendDrivesOf(const std::string& controller, std::vector<std::string>& drives) {
   std::vector<std::string> names;
   if (!host().listDirectory(controller.c_str(), names)) return;
+  const std::string prefix = controller + "/";
   for (const std::string& name : names) {
     if (name == "." || name == "..") continue;
-    const std::string path = controller + "/" + name;
+    const std::string path = prefix + name;
     struct stat status = {};
     if (host().stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) drives.push_back(path);
   }

@@ -37,7 +37,10 @@ constexpr size_t kPageDataAt = 4;
 constexpr unsigned char kFormatDevice = 3;
 constexpr unsigned char kRigidDiskGeometry = 4;
 constexpr size_t kBlockDescriptorLengthAt = 3;
-constexpr size_t kModePageAt = 12;  // behind a 4-byte header and one block descriptor of 8 bytes
+constexpr size_t kBlockDescriptorLength = 8;
+constexpr size_t kModePageAt = 12;            // behind a 4-byte header and one block descriptor
+constexpr size_t kRigidDiskGeometryEnd = 18;  // the bytes that are read of the pages end here
+constexpr size_t kFormatDeviceEnd = 26;
 
 // Sense data (SPC-3, 4.5).
 constexpr int kRecoveredError = 1;
@@ -190,22 +193,25 @@ int scsiinfo::determineSCSIserialnumber() {
   return 0;
 }
 
-// 0 when the reply holds the page at kModePageAt, kRefused when the device does not give it there.
-int scsiinfo::modeSensePage(unsigned char page, Command& command) {
+// 0 when the reply holds the page up to its end offset, kRefused when the device does not give that
+// much of it or gives it elsewhere. Behind what the device sent, the driver's buffer still holds
+// the answer to the command before.
+int scsiinfo::readModePage(unsigned char page, size_t end, Command& command) {
   const int result = run(command);
   if (result != 0) return result == kRefused ? kRefused : kSequenceFailed;
-  const bool usable = command.at(kBlockDescriptorLengthAt) == kModePageAt - kPageDataAt &&
-                      (command.at(kModePageAt) & 0x3F) == page;
+  const size_t sent = size_t{command.at(0)} + 1;  // the mode data length does not count itself
+  const bool usable = command.at(kBlockDescriptorLengthAt) == kBlockDescriptorLength &&
+                      (command.at(kModePageAt) & 0x3F) == page && sent >= end;
   return usable ? 0 : kRefused;
 }
 
 // Both pages are obsolete; a device without them has no geometry, which is no error.
 int scsiinfo::determineSCSIgeometry() {
   Command geometry(MODE_SENSE, 0, kRigidDiskGeometry);
-  int result = modeSensePage(kRigidDiskGeometry, geometry);
+  int result = readModePage(kRigidDiskGeometry, kRigidDiskGeometryEnd, geometry);
   if (result != 0) return result == kRefused ? 0 : result;
   Command format(MODE_SENSE, 0, kFormatDevice);
-  result = modeSensePage(kFormatDevice, format);
+  result = readModePage(kFormatDevice, kFormatDeviceEnd, format);
   if (result != 0) return result == kRefused ? 0 : result;
 
   m_heads = geometry.at(17);

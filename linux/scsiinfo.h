@@ -55,7 +55,7 @@ class scsiinfo {
   int determineSCSIserialnumber();
   int determineSCSIgeometry();
   int run(Command& command);
-  int modeSensePage(unsigned char page, Command& command);
+  int readModePage(unsigned char page, size_t end, Command& command);
 
   Descriptor m_fd;
   int m_errorcode = 0;

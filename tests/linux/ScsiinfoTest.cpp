@@ -187,6 +187,28 @@ TEST_F(ScsiinfoTest, modePagesElsewhereThanBehindOneBlockDescriptorAreNotRead) {
   }
 }
 
+// Behind it, the driver's buffer holds the end of the page that was asked for before.
+TEST_F(ScsiinfoTest, modePageThatEndsTooSoonIsNotRead) {
+  device.setGeometryPages(100, 4, 32);
+  device.modePages[4] += std::string(20, '\2');
+  device.modePages[3].resize(13);
+  expectNoGeometry(probe());
+  device.setGeometryPages(100, 4, 32);
+  device.modePages[4].resize(5);
+  expectNoGeometry(probe());
+}
+
+TEST_F(ScsiinfoTest, modePageThatHoldsJustWhatIsReadIsEnough) {
+  device.setGeometryPages(100, 4, 32);
+  device.modePages[4].resize(6);
+  device.modePages[3].resize(14);
+  const scsiinfo info = probe();
+  EXPECT_EQ(info.numcylinders(), 100U);
+  EXPECT_EQ(info.numheads(), 4U);
+  EXPECT_EQ(info.numsectors(), 32U);
+  EXPECT_EQ(info.sector_size(), 512U);
+}
+
 TEST_F(ScsiinfoTest, modePageOfAnotherCodeIsNotRead) {
   device.setGeometryPages(100, 4, 32);
   device.modePages[4][0] = 8;
