@@ -36,7 +36,7 @@ class Machine:
     leaves: list = field(default_factory=list)  # paths that a scan is meant to create
     status: int = 0
     stderr: str | dict = ""  # one text for every document, or a text by document
-    seconds: float = 2.0  # longest a single scan may take
+    seconds: float = 5.0  # longest a single scan may take
 
     @property
     def name(self):

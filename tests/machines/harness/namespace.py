@@ -6,34 +6,73 @@ Works as root and, through a user namespace, without.
 import ctypes
 import json
 import os
-import shutil
+import signal
 import socket
 import subprocess
 import sys
-import time
+import traceback
+from contextlib import suppress
 
 from harness.numbered import numbered
 
 _libc = ctypes.CDLL(None, use_errno=True)
-_MS_BIND, _MS_REC, _MNT_DETACH = 0x1000, 0x4000, 2
+_NEWNS, _NEWUTS, _NEWIPC, _NEWUSER = 0x00020000, 0x04000000, 0x08000000, 0x10000000
+_NEWPID, _NEWNET = 0x20000000, 0x40000000
+_MS_BIND, _MS_REC, _MS_PRIVATE, _MNT_DETACH = 0x1000, 0x4000, 0x40000, 2
+_PR_SET_PDEATHSIG = 1
 
 
-def enter_private_machine(argv):
-    """Replaces this process by `argv` (arguments of this same script) in fresh namespaces."""
-    unshare = ["unshare", "--mount", "--uts", "--ipc", "--net", "--pid", "--mount-proc",
-               "--fork", "--kill-child"]
-    if os.geteuid() != 0:
-        unshare += ["--user", "--map-root-user"]
-    if not shutil.which("unshare"):
-        sys.exit("fixture machines need unshare(1) of util-linux")
-    os.execvp("unshare", [*unshare, sys.executable, "-I", *argv])
+def in_private_machine(body):
+    """Runs body() in fresh namespaces, as process 1 of its own: whatever it leaves running ends
+    with it. Returns its exit status."""
+    _unshare(_NEWNS | _NEWUTS | _NEWIPC | _NEWNET | _NEWPID)
+    mount(None, "/", None, _MS_REC | _MS_PRIVATE)
+    child = os.fork()
+    if child == 0:
+        _libc.prctl(_PR_SET_PDEATHSIG, signal.SIGKILL)
+        mount("proc", "/proc", "proc")
+        os._exit(_status_of(body))
+    return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+
+
+def _status_of(body):
+    try:
+        return body()
+    except Exception:  # as the interpreter would, but without returning into the parent's code
+        traceback.print_exc()
+        return 1
+    finally:
+        with suppress(OSError):
+            sys.stdout.flush()
+            sys.stderr.flush()
+
+
+def _unshare(flags):
+    user, group = os.geteuid(), os.getegid()
+    if user != 0:
+        flags |= _NEWUSER
+    _checked(_libc.unshare(flags), "unshare namespaces")
+    if user != 0:
+        _write("/proc/self/setgroups", "deny")
+        _write("/proc/self/uid_map", f"0 {user} 1")
+        _write("/proc/self/gid_map", f"0 {group} 1")
+
+
+def _write(path, text):
+    with open(path, "w", encoding="ascii") as stream:
+        stream.write(text)
+
+
+def _checked(result, what):
+    if result != 0:
+        error = ctypes.get_errno()
+        raise OSError(error, f"{what}: {os.strerror(error)}")
 
 
 def mount(source, target, kind=None, flags=0, options=""):
     encoded = [None if text is None else os.fsencode(text) for text in (source, target, kind)]
-    if _libc.mount(*encoded, ctypes.c_ulong(flags), options.encode()) != 0:
-        error = ctypes.get_errno()
-        raise OSError(error, f"mount {kind or 'bind'} on {target}: {os.strerror(error)}")
+    _checked(_libc.mount(*encoded, ctypes.c_ulong(flags), options.encode()),
+             f"mount {kind or source} on {target}")
 
 
 def mount_tmpfs(target, size, inodes=""):
@@ -49,9 +88,7 @@ def mount_ramfs(target):
 
 def unmount(target):
     """Takes the mount out of sight at once, whatever still uses it."""
-    if _libc.umount2(os.fsencode(target), _MNT_DETACH) != 0:
-        error = ctypes.get_errno()
-        raise OSError(error, f"unmount {target}: {os.strerror(error)}")
+    _checked(_libc.umount2(os.fsencode(target), _MNT_DETACH), f"unmount {target}")
 
 
 def bind(source, target):
@@ -91,8 +128,8 @@ class Network:
 
     def close(self):
         if self._elsewhere:
-            self._elsewhere.kill()
-            self._elsewhere.wait()
+            os.kill(self._elsewhere, signal.SIGKILL)
+            os.waitpid(self._elsewhere, 0)
             self._elsewhere = None
 
     def _kind(self):
@@ -103,13 +140,18 @@ class Network:
         return f"type veth peer netns {self._far_side()}"
 
     def _far_side(self):
-        self._elsewhere = subprocess.Popen(["unshare", "--net", "sleep", "3600"])
-        own = os.readlink("/proc/self/ns/net")
-        for _ in range(1000):
-            if os.readlink(f"/proc/{self._elsewhere.pid}/ns/net") != own:
-                return self._elsewhere.pid
-            time.sleep(0.001)
-        raise RuntimeError("no second network namespace")
+        """Process id of a child that sleeps in a network namespace of its own."""
+        ready, tell = os.pipe()
+        self._elsewhere = os.fork()
+        if self._elsewhere == 0:
+            _libc.unshare(_NEWNET)
+            os.write(tell, b"!")
+            while True:
+                signal.pause()
+        os.read(ready, 1)
+        os.close(ready)
+        os.close(tell)
+        return self._elsewhere
 
 
 def _expand(interface):

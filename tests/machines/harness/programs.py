@@ -6,6 +6,9 @@ import subprocess
 from pathlib import Path
 
 
+LOADER = "/lib64/ld-linux-x86-64.so.2"
+
+
 def copy_program(program, root, target=None):
     """Copies a program, by default to the same path, and what the dynamic loader needs for it."""
     target = target or root / str(program).lstrip("/")
@@ -20,7 +23,9 @@ def copy_program(program, root, target=None):
 
 
 def needed_libraries(program):
-    listing = subprocess.run(["ldd", program], capture_output=True, text=True)
+    """What ldd prints, without its shell: paths of the libraries, and of the loader itself."""
+    listing = subprocess.run([LOADER, "--list", program], capture_output=True, text=True)
     if "not found" in listing.stdout:
         raise RuntimeError(f"{program} lacks libraries:\n{listing.stdout}")
-    return re.findall(r"(/\S+) \(0x", listing.stdout)
+    found = re.findall(r"(/\S+) \(0x", listing.stdout)
+    return [*found, LOADER] if found else []

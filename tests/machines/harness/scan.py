@@ -9,10 +9,11 @@ from pathlib import Path
 from harness import facts, namespace
 from harness.documents import with_placeholders
 from harness.machine import DOCUMENT_OPTIONS
-from harness.stage import INSTALL, SCAN_CONFIGURATION, changes, snapshot
+from harness.stage import INSTALL, KERNEL, SCAN_CONFIGURATION, changes, snapshot
 
 PATH = "/usr/sbin:/usr/bin:/sbin:/bin"
 SANITIZED_SLOWDOWN = 10
+SANITIZER_OPTIONS = {"ASAN_OPTIONS": "detect_leaks=1", "TSAN_OPTIONS": "halt_on_error=1"}
 
 
 class Scan:
@@ -29,6 +30,7 @@ class Scan:
         end = time.time()
         if isinstance(result, str):
             return [f"{kind}: {result}"]
+        self._forget_processes()
         document, complaints = self._collect(result, kind)
         expected = [*self._machine.leaves]
         complaints += changes(before, snapshot(self._root), expected)
@@ -60,13 +62,21 @@ class Scan:
         return command
 
     def _environment(self):
-        return {"PATH": PATH, **self._machine.environment}
+        environment = {"PATH": PATH, **self._machine.environment}
+        return {**environment, **SANITIZER_OPTIONS} if self._sanitizer else environment
 
     def _enter(self):
         os.chroot(self._root)
         os.chdir("/")
+        if self._sanitizer:  # the leak checker looks itself up by number
+            os.symlink(f"/{KERNEL}/{os.getpid()}", f"/proc/{os.getpid()}")
         if self._machine.cpus:
             os.sched_setaffinity(0, sorted(os.sched_getaffinity(0))[: self._machine.cpus])
+
+    def _forget_processes(self):
+        for name in os.listdir(self._root / "proc"):
+            if name.isdecimal():
+                (self._root / "proc" / name).unlink()
 
     def _collect(self, result, kind):
         """The document and what is wrong with the run around it."""

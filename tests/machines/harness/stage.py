@@ -12,6 +12,8 @@ from harness.programs import copy_program
 from harness.utmp import utmp_record
 
 INSTALL = "opt/quenlor"
+# Where sanitizer runtimes find the kernel's own /proc, out of the scanner's sight.
+KERNEL = ".kernel"
 SCAN_CONFIGURATION = "etc/scan-groups.xml"
 # The shell that popen starts. Not busybox: its shell would run its own applets (mount, ifconfig,
 # ps ...) in place of the machine's commands, or of their absence.
@@ -45,6 +47,14 @@ class Stage:
         for name in self._machine.host_files:
             copy_program(name, self._root)
         self._mount_file_systems()
+        if self._tools.sanitizer:
+            self._add_kernel()
+
+    def _add_kernel(self):
+        """A sanitizer's runtime reads /proc/self of its own process; the scanner never does."""
+        (self._root / KERNEL).mkdir()
+        namespace.mount("proc", self._root / KERNEL, "proc")
+        (self._root / "proc/self").symlink_to(f"/{KERNEL}/self")
 
     def _add_dev_null(self):
         # A bind mount, since mknod is refused in a user namespace.
