@@ -11,5 +11,5 @@ set_tests_properties(pci.tablesFollowFromTheList PROPERTIES LABELS unit SKIP_RET
 
 quenlor_test(network
   SOURCES DefaultGatewayTest.cpp HostNamesTest.cpp IfconfigTextTest.cpp IfInfoListTest.cpp
-          IpAddressGroupTest.cpp NetworkAdapterGroupTest.cpp ResolvConfTest.cpp
+          IpAddressGroupTest.cpp NetworkAdapterGroupTest.cpp NetworkNamespaceTest.cpp ResolvConfTest.cpp
   DEPENDS network log)
