@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/linux/CapturedTraces.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
 
 namespace quenlor {

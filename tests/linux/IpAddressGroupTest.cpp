@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/linux/CapturedTraces.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/linux/FakeInterfaces.h"
 #include "tests/support/Rows.h"
 

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "tests/linux/CapturedTraces.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/Rows.h"
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <utility>
 
-#include "tests/linux/CapturedTraces.h"
+#include "tests/support/CapturedTraces.h"
 
 namespace quenlor {
 namespace {

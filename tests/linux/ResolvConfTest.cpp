@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "tests/linux/CapturedTraces.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
 
 namespace quenlor {

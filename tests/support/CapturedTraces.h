@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,25 @@
 #include "log/CcLogWrapper.h"
 
 namespace quenlor::test {
+
+// The records of a trace file in order, without what changes from run to run: "KIND source function
+// text", the source path from the folder of the sources on.
+inline std::vector<std::string> readTraces(const std::filesystem::path& path) {
+  static const std::regex kRecord(
+      R"(\S+ \S+ (MAX|MID entry|MID exit|MIN) (\.\./\.\./\.\./src/invscan/)?(\S*):\d+ (\S+) (.*))");
+  std::vector<std::string> records;
+  std::ifstream file(path);
+  for (std::string line; std::getline(file, line);) {
+    std::smatch parts;
+    if (std::regex_match(line, parts, kRecord)) {
+      records.push_back(parts.str(1) + ' ' + parts.str(3) + ' ' + parts.str(4) + ' ' +
+                        parts.str(5));
+    } else if (!records.empty()) {
+      records.back() += '\n' + line;  // a traced text with a newline in it
+    }
+  }
+  return records;
+}
 
 // Traces everything into a directory of its own.
 class CapturedTraces {
@@ -36,6 +56,12 @@ class CapturedTraces {
     std::vector<std::string> lines;
     for (std::string line; std::getline(file, line);) lines.push_back(line);
     return lines;
+  }
+
+  // The records so far as readTraces() gives them.
+  std::vector<std::string> texts() const {
+    CcLogWrapper::cleanupInstances();
+    return readTraces(m_directory / "trace");
   }
 
   // How many records end with the text.
