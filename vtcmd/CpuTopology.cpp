@@ -48,6 +48,13 @@ uint32_t coresOf(const CpuinfoPackage& package, const std::optional<PackageLayou
   return roundedUp(package.siblings, layout ? layout->threadsPerCore : package.siblings);
 }
 
+void fillPackage(CpuTopology& topology, uint32_t offlineCpus, const PackageLayout& layout) {
+  uint32_t& threads = topology.threadsPerCore;
+  uint32_t& cores = topology.coresPerPackage;
+  threads = std::max(threads, std::min(layout.threadsPerCore, threads + offlineCpus));
+  cores = std::max(cores, std::min(layout.logicalPerPackage / threads, cores + offlineCpus));
+}
+
 }  // namespace
 
 std::optional<uint32_t> cpuNumberOf(const std::string& directoryName) {
@@ -91,6 +98,9 @@ CpuTopology countPlaces(const std::vector<CpuPlace>& places) {
   }
   for (const auto& [name, cores] : packages) {
     const auto count = static_cast<uint32_t>(cores.size());
+    uint32_t cpus = 0;
+    for (const auto& [core, threads] : cores) cpus += threads;
+    topology.cpusPerPackage = std::max(topology.cpusPerPackage, cpus);
     topology.coresPerPackage = std::max(topology.coresPerPackage, count);
     topology.activeCores += count;
   }
@@ -117,6 +127,7 @@ std::optional<CpuTopology> countCpuinfo(const std::vector<CpuinfoRecord>& record
     topology.coresPerPackage = std::max(topology.coresPerPackage, cores);
     topology.threadsPerCore = std::max(topology.threadsPerCore, roundedUp(package.siblings, cores));
     topology.activeCores += std::min(cores, package.cpus);
+    topology.cpusPerPackage = std::max(topology.cpusPerPackage, package.cpus);
   }
   topology.packages = static_cast<uint32_t>(packages.size());
   topology.onlineCpus = static_cast<uint32_t>(records.size());
@@ -129,21 +140,18 @@ CpuTopology countByLayout(const PackageLayout& layout, uint32_t onlineCpus) {
           .coresPerPackage = layout.logicalPerPackage / threads,
           .threadsPerCore = threads,
           .activeCores = roundedUp(onlineCpus, threads),
+          .cpusPerPackage = std::min(onlineCpus, layout.logicalPerPackage),
           .onlineCpus = onlineCpus};
 }
 
 CpuTopology withOfflineCpus(CpuTopology topology, uint32_t offlineCpus,
                             const std::optional<PackageLayout>& layout) {
   if (offlineCpus == 0 || !layout) return topology;
+  if (topology.cpusPerPackage < layout->logicalPerPackage) {
+    fillPackage(topology, offlineCpus, *layout);
+  }
+  const uint32_t logicalPerPackage = std::max(topology.cpusPerPackage, layout->logicalPerPackage);
   const uint32_t present = topology.onlineCpus + offlineCpus;
-  topology.threadsPerCore =
-      std::max(topology.threadsPerCore,
-               std::min(layout->threadsPerCore, topology.threadsPerCore + offlineCpus));
-  const uint32_t announcedCores = layout->logicalPerPackage / topology.threadsPerCore;
-  topology.coresPerPackage = std::max(
-      topology.coresPerPackage, std::min(announcedCores, topology.coresPerPackage + offlineCpus));
-  const uint32_t logicalPerPackage =
-      std::max(topology.coresPerPackage * topology.threadsPerCore, layout->logicalPerPackage);
   topology.packages = std::max(topology.packages, roundedUp(present, logicalPerPackage));
   return topology;
 }

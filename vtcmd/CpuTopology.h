@@ -16,6 +16,7 @@ struct CpuTopology {
   uint32_t coresPerPackage = 0;  // of the largest package
   uint32_t threadsPerCore = 0;   // of the largest core
   uint32_t activeCores = 0;      // cores with at least one online CPU, whole machine
+  uint32_t cpusPerPackage = 0;   // online ones of the largest package
   uint32_t onlineCpus = 0;
 };
 
@@ -48,7 +49,8 @@ std::optional<CpuTopology> countCpuinfo(const std::vector<CpuinfoRecord>& record
 // Without any topology from the kernel: CPUs spread over packages of the layout's size.
 CpuTopology countByLayout(const PackageLayout& layout, uint32_t onlineCpus);
 // Adds what offline CPUs hide: the kernel knows no place for them, so the processor's own layout
-// fills in, but never more than the number of offline CPUs can account for.
+// fills in, but never more than the number of offline CPUs can account for. Where a whole package
+// is online, its cores and threads are as counted.
 CpuTopology withOfflineCpus(CpuTopology topology, uint32_t offlineCpus,
                             const std::optional<PackageLayout>& layout);
 

@@ -143,19 +143,36 @@ TEST(CpuTopology, layoutAloneSpreadsTheCpusOverPackages) {
   expectCounts(countByLayout({8, 2}, 0), 1, 4, 2, 0);
 }
 
+constexpr CpuTopology kTwoCoresOnline{.packages = 1,
+                                      .coresPerPackage = 2,
+                                      .threadsPerCore = 1,
+                                      .activeCores = 2,
+                                      .cpusPerPackage = 2,
+                                      .onlineCpus = 2};
+
 TEST(CpuTopology, offlineCpusFillUpToWhatTheProcessorAnnounces) {
-  const CpuTopology online{
-      .packages = 1, .coresPerPackage = 2, .threadsPerCore = 1, .activeCores = 2, .onlineCpus = 2};
-  expectCounts(withOfflineCpus(online, 6, PackageLayout{8, 2}), 1, 4, 2, 2);
-  expectCounts(withOfflineCpus(online, 14, PackageLayout{8, 2}), 2, 4, 2, 2);
+  expectCounts(withOfflineCpus(kTwoCoresOnline, 6, PackageLayout{8, 2}), 1, 4, 2, 2);
+  expectCounts(withOfflineCpus(kTwoCoresOnline, 14, PackageLayout{8, 2}), 2, 4, 2, 2);
 }
 
 TEST(CpuTopology, processorThatAnnouncesMoreThanThereIsAddsOnlyTheOfflineCpus) {
-  const CpuTopology online{
-      .packages = 1, .coresPerPackage = 2, .threadsPerCore = 1, .activeCores = 2, .onlineCpus = 2};
-  expectCounts(withOfflineCpus(online, 1, PackageLayout{64, 1}), 1, 3, 1, 2);
-  expectCounts(withOfflineCpus(online, 0, PackageLayout{64, 2}), 1, 2, 1, 2);
-  expectCounts(withOfflineCpus(online, 6, std::nullopt), 1, 2, 1, 2);
+  expectCounts(withOfflineCpus(kTwoCoresOnline, 1, PackageLayout{64, 1}), 1, 3, 1, 2);
+  expectCounts(withOfflineCpus(kTwoCoresOnline, 0, PackageLayout{64, 2}), 1, 2, 1, 2);
+  expectCounts(withOfflineCpus(kTwoCoresOnline, 6, std::nullopt), 1, 2, 1, 2);
+}
+
+// Emulated AMD processors announce threads to CPUID that the kernel takes for cores.
+TEST(CpuTopology, wholePackageOnlineIsAsTheKernelCountsIt) {
+  const CpuTopology online = countPlaces({{"0", "0"}, {"0", "1"}, {"0", "2"}, {"0", "3"}});
+  expectCounts(withOfflineCpus(online, 4, PackageLayout{4, 2}), 2, 4, 1, 4);
+  expectCounts(withOfflineCpus(online, 3, PackageLayout{4, 2}), 2, 4, 1, 4);
+}
+
+// Eight cores with two threads and eight with one, all second threads offline.
+TEST(CpuTopology, hybridProcessorWithoutItsSecondThreadsKeepsItsCores) {
+  std::vector<CpuPlace> places;
+  for (int core = 0; core < 16; ++core) places.push_back({"0", std::to_string(core)});
+  expectCounts(withOfflineCpus(countPlaces(places), 8, PackageLayout{24, 2}), 1, 16, 2, 16);
 }
 
 }  // namespace
