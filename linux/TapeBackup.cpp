@@ -25,7 +25,7 @@ int getExactMatch(const char* line, const char* word) {
   const char* found = std::strstr(line, word);
   if (found == nullptr) return 0;
   std::string_view rest(found);
-  const size_t newline = rest.substr(0, kLineSize).find('\n');
+  const size_t newline = rest.find('\n');
   if (newline != std::string_view::npos) rest = rest.substr(0, newline);
   return rest == word ? 1 : 0;
 }

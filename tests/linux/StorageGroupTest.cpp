@@ -250,6 +250,8 @@ TEST_F(StorageGroupTest, scsiSerialNumberIsCutAtTheFirstCharacterThatIsNoText) {
       "DEF");
   addGeneric({&disk});
   EXPECT_EQ(valueOf(rows()[0], kSerialNumber), "ABC");
+  disk.vendorSpecific = "3FE\x7F";
+  EXPECT_EQ(valueOf(rows()[0], kSerialNumber), "3FE");
   disk.vendorSpecific =
       "\xFF\xFE"
       "binary";

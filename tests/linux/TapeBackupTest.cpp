@@ -41,10 +41,6 @@ TEST_F(TapeBackupTest, userNamedLikeTheCommandHidesIt_onlyTheFirstOccurrenceCoun
   EXPECT_EQ(getExactMatch("saveuser 4711 00:01:40 save\n", "save"), 0);
 }
 
-TEST_F(TapeBackupTest, newlineBeyond256CharactersIsNotLookedFor) {
-  EXPECT_EQ(getExactMatch(("save" + std::string(300, ' ') + "\n").c_str(), "save"), 0);
-}
-
 TEST_F(TapeBackupTest, noBackupRuns) { EXPECT_EQ(runWith(""), 0); }
 
 TEST_F(TapeBackupTest, everyBackupProgramIsRecognised) {
