@@ -32,7 +32,7 @@ int getFromMeminfo(unsigned long* totalPhys, unsigned long* freePhys, unsigned l
   const FileStream file = openFile(kPath);
   LineReader reader(file.get(), kLineSize);
   if (!reader.next()) {
-    log->traceMAX(at(), "hardware %s %d", "Could not open file /proc/meminfo:return=", 0);
+    log->traceMIN(at(), "hardware %s %d", "Could not open file /proc/meminfo:return=", 0);
     return 0;
   }
 

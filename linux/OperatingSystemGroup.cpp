@@ -84,8 +84,11 @@ bool isCaldera() {
 
 std::string distributionName(CcLogWrapper* log, const TraceFunction& at) {
   std::string text;
-  if (!readReleaseFile(text) && isCaldera()) text = kCaldera;
-  log->traceMAX(at(), "hardware %s %s", "OS Description retrieved=", text.c_str());
+  if (readReleaseFile(text)) {
+    log->traceMAX(at(), "hardware %s %s", "OS Description retrieved=", text.c_str());
+  } else if (isCaldera()) {
+    text = kCaldera;
+  }
   return text.empty() ? kLinux : text;
 }
 
@@ -98,7 +101,7 @@ std::string machineArchitecture() {
 const char* messagesLocale(CcLogWrapper* log, const TraceFunction& at) {
   const char* locale = host().setlocale(LC_MESSAGES, "");
   if (locale == nullptr) {
-    log->traceMAX(at(), "hardware setlocale returned NULL");
+    log->traceMIN(at(), "hardware setlocale returned NULL");
     locale = host().setlocale(LC_MESSAGES, nullptr);
   }
   return locale;

@@ -28,7 +28,7 @@ constexpr uint32_t kFalse = 2;
 const char* characterLocale(CcLogWrapper* log, const TraceFunction& at) {
   const char* locale = host().setlocale(LC_CTYPE, "");
   if (locale == nullptr) {
-    log->traceMAX(at(), "hardware setlocale returned NULL");
+    log->traceMIN(at(), "hardware setlocale returned NULL");
     locale = "";
   }
   log->traceMAX(at(), "hardware %s %s", "LC_CTYPE locale=", locale);

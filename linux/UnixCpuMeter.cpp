@@ -1,6 +1,7 @@
 #include "linux/UnixCpuMeter.h"
 
 #include <array>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 
@@ -17,11 +18,12 @@ constexpr const char* kStatPath = "/proc/stat";
 constexpr const char* kLoadAveragePath = "/proc/loadavg";
 constexpr const char* kUptimePath = "/proc/uptime";
 constexpr size_t kLineSize = 1024;
+constexpr const char* kBlanks = " \t\n";
 constexpr long long kHundredthsPerSecond = 100;
 
 bool firstWordContains(const char* line, const char* text) {
-  const char* start = line + std::strspn(line, " \t\n");
-  const size_t length = std::strcspn(start, " \t\n");
+  const char* start = line + std::strspn(line, kBlanks);
+  const size_t length = std::strcspn(start, kBlanks);
   return std::string(start, length).find(text) != std::string::npos;
 }
 
@@ -48,7 +50,9 @@ bool ProcStatParser::addLine(const char* line) {
 long long parseUptimeSeconds(const char* line) {
   char* end = nullptr;
   const long long seconds = std::strtoll(line, &end, 10);
-  return end == line ? -1 : seconds;
+  // 32 bits hold 68 years; what exceeds them is no up-time.
+  const bool plausible = seconds >= INT_MIN && seconds <= INT_MAX;
+  return end == line || !plausible ? -1 : seconds;
 }
 
 void UnixCpuMeter::init() {
@@ -72,10 +76,11 @@ void UnixCpuMeter::readTimes() {
 
   ProcStatParser parser;
   LineReader reader(file.get(), kLineSize);
-  while (reader.next()) {
+  if (reader.next()) {
+    parser.addLine(reader.line());
     log->traceMAX(at(), "hardware Read string <%s>", reader.line());
-    if (!parser.addLine(reader.line())) break;
   }
+  while (reader.next() && parser.addLine(reader.line())) continue;
   const ProcStat& stat = parser.result();
   log->traceMAX(at(), "hardware number of cpu=%d", static_cast<int>(stat.processors));
 
@@ -103,12 +108,12 @@ void UnixCpuMeter::readLoadAverages() {
   log->traceMAX(at(), "hardware parsing this line %s", reader.line());
 
   char* rest = nullptr;
-  const char* word = strtok_r(reader.line(), " ", &rest);
+  const char* word = strtok_r(reader.line(), kBlanks, &rest);
   const auto take = [&](float& average, const char* format) {
     if (word == nullptr) return;
     average = static_cast<float>(parseDouble(word));
     log->traceMAX(at(), format, word, static_cast<double>(average));
-    word = strtok_r(nullptr, " ", &rest);
+    word = strtok_r(nullptr, kBlanks, &rest);
   };
   take(m_loadAvg1, "hardware loadAvg1: %s, converted: %f ");
   take(m_loadAvg5, "hardware loadAvg5: %s, converted: %f ");
@@ -121,7 +126,7 @@ long long UnixCpuMeter::readSystemUpTime() {
   log->traceMAX(at(), "hardware looking for /proc/uptime.");
   const FileStream file = openFile(kUptimePath);
   if (!file) {
-    log->traceMAX(at(), "hardware cannot open /proc/uptime.");
+    log->traceMIN(at(), "hardware cannot open /proc/uptime.");
     return -1;
   }
   log->traceMAX(at(), "hardware opened /proc/uptime");

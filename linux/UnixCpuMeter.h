@@ -27,7 +27,7 @@ class ProcStatParser {
   ProcStat m_result;
 };
 
-// Whole seconds at the start of a /proc/uptime line; -1 when there is no number.
+// Whole seconds at the start of a /proc/uptime line; -1 when there is no number of 32 bits.
 long long parseUptimeSeconds(const char* line);
 
 // Every value is -1 (times) or -1.0 (load averages) while it is not known.

@@ -59,7 +59,7 @@ void traceRecord(CcLogWrapper* log, const TraceFunction& at, const struct utmp& 
 time_t readBootTime(CcLogWrapper* log, const TraceFunction& at) {
   struct utmp record = {};
   if (!host().findUtmp(RUN_LVL, &record)) {
-    log->traceMAX(at(), "hardware Failure getting the boot time");
+    log->traceMIN(at(), "hardware Failure getting the boot time");
     return 0;
   }
   traceRecord(log, at, record);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "linux/Meminfo.h"
+#include "tests/linux/FirmwareScope.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/Rows.h"
 
@@ -11,6 +12,7 @@ namespace {
 
 using test::collect;
 using test::FakeHost;
+using test::FirmwareTable;
 using test::RowValues;
 using test::valueOf;
 
@@ -26,10 +28,33 @@ constexpr const char* kKernel24Meminfo =
     "SwapTotal:     1052216 kB\n"
     "SwapFree:      1040172 kB\n";
 
+constexpr test::Version kSmbios24{2, 4};
+
+// A memory array as recent firmware describes it (type 16).
+FirmwareTable arrayOf(uint32_t maximumMb, uint16_t slots) {
+  return FirmwareTable(kSmbios24).add(test::MemoryArray{maximumMb * 1024, slots});
+}
+
+// A memory controller as older firmware describes it (type 5); its modules' limit is a power of 2.
+FirmwareTable controllerOf(uint8_t moduleLimitExponent, uint8_t slots) {
+  return FirmwareTable({2, 0}).add(test::MemoryController{moduleLimitExponent, slots});
+}
+
 class MemoryGroupTest : public ::testing::Test {
  protected:
+  ~MemoryGroupTest() override { EXPECT_EQ(machine.openDescriptors(), 0); }
+
+  // "Max Memory MB" and "Num Slots Supported" on a machine with this firmware.
+  std::pair<std::string, std::string> slotsWith(const FirmwareTable& table) {
+    const test::FirmwareScope firmware(machine, table);
+    const RowValues row = collect<MemoryGroup>()[0];
+    return {valueOf(row, 8), valueOf(row, 9)};
+  }
+
   FakeHost machine;
 };
+
+using Slots = std::pair<std::string, std::string>;
 
 TEST_F(MemoryGroupTest, readsTheAmountsOfMeminfo) {
   machine.files["/proc/meminfo"] = kKernel24Meminfo;
@@ -88,6 +113,46 @@ TEST_F(MemoryGroupTest, withoutFirmwareTableNoSlotsAreReported) {
   EXPECT_EQ(valueOf(row, 9), "(absent)");
 }
 
+TEST_F(MemoryGroupTest, maximumIsModuleLimitTimesSlotsBehindTheOtherAttributes) {
+  machine.files["/proc/meminfo"] = kKernel24Meminfo;
+  const test::FirmwareScope firmware(machine, arrayOf(4096, 4));
+  EXPECT_EQ(collect<MemoryGroup>()[0], (RowValues{{1, "1030740"},
+                                                  {2, "237444"},
+                                                  {3, "2082956"},
+                                                  {4, "1277616"},
+                                                  {5, "251"},
+                                                  {6, "57"},
+                                                  {7, "4096"},
+                                                  {8, "4096"},
+                                                  {9, "4"}}));
+}
+
+TEST_F(MemoryGroupTest, controllerOfOlderFirmwareGivesTheSameFacts) {
+  EXPECT_EQ(slotsWith(controllerOf(9, 4)), Slots("2048", "4"));  // 512 MB each
+}
+
+TEST_F(MemoryGroupTest, withoutSlotsNeitherIsReportedEvenIfTheModuleLimitIsKnown) {
+  EXPECT_EQ(slotsWith(controllerOf(9, 0)), Slots("(absent)", "(absent)"));
+  EXPECT_EQ(slotsWith(arrayOf(4096, 0)), Slots("(absent)", "(absent)"));
+}
+
+TEST_F(MemoryGroupTest, slotsWithoutModuleLimitAreCountedButHaveNoMaximum) {
+  EXPECT_EQ(slotsWith(controllerOf(0, 2)), Slots("(absent)", "2"));
+}
+
+TEST_F(MemoryGroupTest, maximumBelowTheInstalledKilobytesShiftedBy20IsLeftOut) {
+  const auto withTotal = [this](uint64_t shifted) {
+    machine.files["/proc/meminfo"] = "MemTotal: " + std::to_string(shifted << 20) + " kB\n";
+    return slotsWith(controllerOf(9, 4));
+  };
+  EXPECT_EQ(withTotal(2048), Slots("2048", "4"));
+  EXPECT_EQ(withTotal(2049), Slots("(absent)", "4"));
+}
+
+TEST_F(MemoryGroupTest, maximumAboveFourPetabytesSaturates) {
+  EXPECT_EQ(slotsWith(controllerOf(31, 8)), Slots("4294967295", "8"));
+}
+
 TEST_F(MemoryGroupTest, parseValTakesTheSecondWord) {
   const auto parse = [](std::string line) { return parseVal(line.data()); };
   EXPECT_EQ(parse("MemTotal:      1030740 kB\n"), 1030740);
@@ -95,6 +160,18 @@ TEST_F(MemoryGroupTest, parseValTakesTheSecondWord) {
   EXPECT_EQ(parse(""), 0);
   EXPECT_EQ(parse("MemTotal: kB"), 0);
   EXPECT_EQ(parse("MemTotal: 12"), 12);
+}
+
+TEST_F(MemoryGroupTest, binaryAndUnterminatedMeminfoDoesNoHarm) {
+  machine.files["/proc/meminfo"] = std::string("MemFree: \0 7 kB\n\xff\xfe\nMemTotal: 9", 30);
+  const RowValues row = collect<MemoryGroup>()[0];
+  EXPECT_EQ(valueOf(row, 1), "9");
+  EXPECT_EQ(valueOf(row, 2), "0");
+}
+
+TEST_F(MemoryGroupTest, numbersTooLargeForTheMachineSaturate) {
+  machine.files["/proc/meminfo"] = "MemTotal: 99999999999999999999999 kB\n";
+  EXPECT_EQ(valueOf(collect<MemoryGroup>()[0], 1), "4294967295");
 }
 
 TEST_F(MemoryGroupTest, linesLongerThanTheBufferArriveInPieces) {

@@ -19,6 +19,7 @@ using test::valueOf;
 class OperatingSystemGroupTest : public ::testing::Test {
  protected:
   OperatingSystemGroupTest() { machine.setUname("node5", "2.4.21-4.ELsmp", "i686"); }
+  ~OperatingSystemGroupTest() override { EXPECT_EQ(machine.openDescriptors(), 0); }
 
   std::string nameWith(const std::string& path, const std::string& text) {
     machine.files[path] = text;
@@ -120,9 +121,30 @@ TEST_F(OperatingSystemGroupTest, withoutAnyFileNameAndDescriptionAreLinux) {
   EXPECT_EQ(valueOf(row, 12), "Linux");
 }
 
-TEST_F(OperatingSystemGroupTest, unknownLocaleFallsBackToTheCurrentOne) {
+TEST_F(OperatingSystemGroupTest, issueIsReadOnlyWithoutReleaseFileAndMarker) {
+  machine.files["/etc/.issue"] = "Caldera\n";
+  EXPECT_EQ(nameWith("/etc/SuSE-release", "SuSE\n"), "SuSE ");
+}
+
+TEST_F(OperatingSystemGroupTest, lineOfIssueIsSearchedInPiecesOf255Characters) {
+  EXPECT_EQ(nameWith("/etc/.issue", std::string(250, 'x') + "Caldera\n"), "Linux");
+  EXPECT_EQ(nameWith("/etc/.issue", std::string(255, 'x') + "Caldera\n"), "Caldera Linux");
+}
+
+TEST_F(OperatingSystemGroupTest, withoutAnyLocaleTheMessagesLocaleIsEmpty) {
   machine.locales[LC_MESSAGES] = std::nullopt;
   EXPECT_EQ(valueOf(collect<OperatingSystemGroup>()[0], 15), "");
+}
+
+TEST(OperatingSystemGroupLocaleTest, unknownLocaleFallsBackToTheCurrentOne) {
+  class MachineWithUnknownLocale : public FakeHost {
+   public:
+    const char* setlocale(int category, const char* locale) override {
+      return category == LC_MESSAGES && locale == nullptr ? "current" : nullptr;
+    }
+  };
+  const MachineWithUnknownLocale machine;
+  EXPECT_EQ(valueOf(collect<OperatingSystemGroup>()[0], 15), "current");
 }
 
 }  // namespace

@@ -26,6 +26,8 @@ class UnixSystemParamsGroupTest : public ::testing::Test {
     machine.setUname("node5.example.com", "6.1.0", "x86_64");
   }
 
+  ~UnixSystemParamsGroupTest() override { EXPECT_EQ(machine.openCommands(), 0); }
+
   void setRunLevelRecord(time_t seconds) {
     struct utmp record = {};
     record.ut_type = RUN_LVL;
@@ -50,7 +52,6 @@ TEST_F(UnixSystemParamsGroupTest, reportsBootTimeRunLevelAndNames) {
                                      {2, "5"},
                                      {3, "node5.example.com"},
                                      {4, "node5.example.com"}}}));
-  EXPECT_EQ(machine.openCommands(), 0);
 }
 
 TEST_F(UnixSystemParamsGroupTest, thirdCharacterIsTakenAsItIs) {
@@ -63,6 +64,18 @@ TEST_F(UnixSystemParamsGroupTest, shortOutputHasNoThirdCharacter) {
   EXPECT_EQ(runLevelOf(""), "0");
   EXPECT_EQ(runLevelOf("N"), "0");
   EXPECT_EQ(runLevelOf("N\n"), "0");
+}
+
+TEST_F(UnixSystemParamsGroupTest, onlyTheFirstLineOfRunlevelCounts) {
+  EXPECT_EQ(runLevelOf("N 2\nN 5\n"), "2");
+  EXPECT_EQ(runLevelOf("N 3" + std::string(100000, 'x')), "3");
+}
+
+TEST_F(UnixSystemParamsGroupTest, withoutUnameTheNamesAreEmpty) {
+  machine.unameResult.reset();
+  const RowValues row = collect<UnixSystemParamsGroup>()[0];
+  EXPECT_EQ(valueOf(row, 3), "");
+  EXPECT_EQ(valueOf(row, 4), "");
 }
 
 TEST_F(UnixSystemParamsGroupTest, missingCommandGivesRunLevelZero) {

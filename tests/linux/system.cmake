@@ -1,4 +1,4 @@
 quenlor_test(system
   SOURCES MemoryGroupTest.cpp OperatingSystemGroupTest.cpp RegionalGroupTest.cpp
-          UnixCpuMeterTest.cpp UnixSystemParamsGroupTest.cpp
-  DEPENDS system)
+          SystemTraceTest.cpp UnixCpuMeterTest.cpp UnixSystemParamsGroupTest.cpp
+  DEPENDS system firmware_builder log smbios)

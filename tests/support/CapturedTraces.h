@@ -16,17 +16,17 @@
 namespace quenlor::test {
 
 // The records of a trace file in order, without what changes from run to run: "KIND source function
-// text", the source path from the folder of the sources on.
+// text", the source path without the start that all have in common.
 inline std::vector<std::string> readTraces(const std::filesystem::path& path) {
   static const std::regex kRecord(
-      R"(\S+ \S+ (MAX|MID entry|MID exit|MIN) (\.\./\.\./\.\./src/invscan/)?(\S*):\d+ (\S+) (.*))");
+      R"(\S+ \S+ (MAX|MID entry|MID exit|MIN) \.\./\.\./\.\./src/invscan/(\S*):\d+ (\S+) (.*))");
   std::vector<std::string> records;
   std::ifstream file(path);
   for (std::string line; std::getline(file, line);) {
     std::smatch parts;
     if (std::regex_match(line, parts, kRecord)) {
-      records.push_back(parts.str(1) + ' ' + parts.str(3) + ' ' + parts.str(4) + ' ' +
-                        parts.str(5));
+      records.push_back(parts.str(1) + ' ' + parts.str(2) + ' ' + parts.str(3) + ' ' +
+                        parts.str(4));
     } else if (!records.empty()) {
       records.back() += '\n' + line;  // a traced text with a newline in it
     }
@@ -69,6 +69,13 @@ class CapturedTraces {
     const std::vector<std::string> lines = records();
     return std::count_if(lines.begin(), lines.end(),
                          [&](const std::string& line) { return line.ends_with(text); });
+  }
+
+  // True when a record holds the text.
+  bool contains(const std::string& text) const {
+    const std::vector<std::string> lines = records();
+    return std::any_of(lines.begin(), lines.end(),
+                       [&](const std::string& line) { return line.find(text) != line.npos; });
   }
 
   // The number of the first record that ends with the text, or -1.
