@@ -42,6 +42,8 @@ def scan_machine(arguments):
             scan = Scan(machine, root, arguments.sanitizer)
             update = os.environ.get("QUENLOR_UPDATE_GOLDEN") == "1"
             complaints = [line for kind in machine.documents for line in scan.check(kind, update)]
+            if machine.traced:
+                complaints += scan.check_traced()
             namespace.unmount(root)
     finally:
         network.close()

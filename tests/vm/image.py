@@ -46,6 +46,7 @@ def fetch_kernel(cache):
     shutil.rmtree(unpacked, ignore_errors=True)
     subprocess.run(["dpkg-deb", "-x", package, unpacked], check=True)
     (unpacked / "complete").touch()
+    Path(package).unlink()
     return unpacked
 
 
@@ -149,6 +150,6 @@ def _with_dependencies(files, names):
 
 def _install_scanner(root, build_directory):
     subprocess.run(["cmake", "--install", build_directory, "--prefix", "/usr"], check=True,
-                   capture_output=True, env={**os.environ, "DESTDIR": str(root)})
+                   stdout=subprocess.DEVNULL, env={**os.environ, "DESTDIR": str(root)})
     scanner = next(root.glob("usr/*bin/quenlor"))
     copy_program(scanner, root, scanner)

@@ -26,8 +26,11 @@ class Machine:
     loopback: bool = False  # lo up with 127.0.0.1
     interfaces: list = field(default_factory=list)  # name, mac, addresses, up
     firmware: str = ""  # image that stands in for /dev/mem
-    mounts: list = field(default_factory=list)  # at, size, inodes: file systems of known size
+    mounts: list = field(default_factory=list)  # at, size, count: file systems of known size
+    dead_mounts: list = field(default_factory=list)  # where a file system never answers
     generate: list = field(default_factory=list)  # path, count, text, before, after
+    sparse: dict = field(default_factory=dict)  # path to size of files full of zeros
+    traced: bool = False  # scan once more with full tracing: the document must not change
     # Commands that scripts of the machine and the scanner find in /bin, from busybox.
     commands: list = field(default_factory=lambda: ["cat", "rm", "sleep", "yes", "head", "kill"])
     host_files: list = field(default_factory=list)  # programs of the building machine to carry along

@@ -75,15 +75,22 @@ def mount(source, target, kind=None, flags=0, options=""):
              f"mount {kind or source} on {target}")
 
 
-def mount_tmpfs(target, size, inodes=""):
-    mount("tmpfs", target, "tmpfs", 0,
-          f"size={size},mode=755" + (f",nr_inodes={inodes}" if inodes else ""))
+def mount_tmpfs(target, size):
+    mount("tmpfs", target, "tmpfs", 0, f"size={size},mode=755")
 
 
 def mount_ramfs(target):
     """A file system that lists a directory newest entry first on every kernel (tmpfs has changed
     its mind about that) and whose statvfs says 0 blocks on every machine."""
     mount("ramfs", target, "ramfs", 0, "mode=755")
+
+
+def mount_dead(target):
+    """A file system whose server never answers: whoever asks it something waits until killed.
+    Returns the descriptor of the server's side; closing it ends the wait."""
+    server = os.open("/dev/fuse", os.O_RDWR)
+    mount("dead", target, "fuse", 0, f"fd={server},rootmode=40000,user_id=0,group_id=0")
+    return server
 
 
 def unmount(target):

@@ -24,34 +24,54 @@ class Scan:
 
     def check(self, kind, update):
         """One run; returns what is wrong with it, as texts."""
-        before = snapshot(self._root)
+        masked, complaints = self._scan(kind)
+        if masked is not None:
+            complaints += self._compare(kind, masked, update)
+        return [f"{kind}: {line}" for line in complaints]
+
+    def check_traced(self):
+        """With full tracing the document is the same, and every record begins as all do."""
+        settings = self._root / INSTALL / "DovTrace.properties"
+        trace = self._root / "tmp/trace"
+        settings.write_text("trace.level = MAX\ntrace.file = /tmp/trace\ntrace.size = 100000000\n")
+        masked, complaints = self._scan("xml", leaves=["/tmp/trace"])
+        if masked is not None:
+            complaints += self._compare("xml", masked, update=False)
+            records = trace.read_text(errors="replace").splitlines() if trace.exists() else []
+            complaints += [] if any("hardware" in record for record in records) else ["no trace"]
+        settings.unlink()
+        trace.unlink(missing_ok=True)
+        return [f"traced: {line}" for line in complaints]
+
+    def _scan(self, kind, leaves=()):
+        """The document with its placeholders, and what is wrong with the run around it."""
+        untouched = self._machine.dead_mounts
+        before = snapshot(self._root, untouched)
         start = time.time()
         result = self._run(kind)
         end = time.time()
-        if isinstance(result, str):
-            return [f"{kind}: {result}"]
+        if result is None:
+            return None, ["the scan did not end"]
         self._forget_processes()
         document, complaints = self._collect(result, kind)
-        expected = [*self._machine.leaves]
-        complaints += changes(before, snapshot(self._root), expected)
+        complaints += changes(before, snapshot(self._root, untouched),
+                              [*self._machine.leaves, *leaves])
         complaints += self._check_time(end - start)
+        if kind == "xml":
+            complaints += well_formed(document)
         moment = facts.Moment(start, end, self._machine.environment.get("TZ", ""),
                               facts.boot_time(self._machine))
         text = document.decode("utf-8", "surrogateescape")
-        masked = with_placeholders(kind, text, facts.rules_of(self._machine, moment))
-        complaints += self._compare(kind, masked, update)
-        if kind == "xml":
-            complaints += well_formed(document)
-        return [f"{kind}: {line}" for line in complaints]
+        return with_placeholders(kind, text, facts.rules_of(self._machine, moment)), complaints
 
     def _run(self, kind):
-        """The finished process, or a text that tells why it is none."""
+        """The finished process; none when it had to be killed."""
         try:
             return subprocess.run(
                 self._command(kind), env=self._environment(), stdin=subprocess.DEVNULL,
                 capture_output=True, preexec_fn=self._enter, timeout=self._limit() + 30)
         except subprocess.TimeoutExpired:
-            return "the scan did not end"
+            return None
 
     def _command(self, kind):
         command = [f"/{INSTALL}/quenlor", *DOCUMENT_OPTIONS[kind]]

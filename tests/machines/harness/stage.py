@@ -74,6 +74,10 @@ class Stage:
                 self._write(item["path"],
                             item.get("before", "") + "".join(pieces) + item.get("after", ""))
 
+        for path, size in self._machine.sparse.items():
+            self._write(path, "")
+            os.truncate(self._root / path, size)
+
     def _write(self, path, text):
         path = self._root / path
         path.parent.mkdir(parents=True, exist_ok=True)
@@ -113,9 +117,14 @@ class Stage:
 
     def _mount_file_systems(self):
         for item in self._machine.mounts:
-            target = self._root / item["at"].lstrip("/")
-            target.mkdir(parents=True, exist_ok=True)
-            namespace.mount_tmpfs(target, item["size"], item.get("inodes", ""))
+            for i in range(item.get("count", 1)):
+                target = self._root / numbered(item["at"], i).lstrip("/")
+                target.mkdir(parents=True, exist_ok=True)
+                namespace.mount_tmpfs(target, item["size"])
+        for at in self._machine.dead_mounts:
+            target = self._root / at.lstrip("/")
+            target.mkdir(parents=True)
+            namespace.mount_dead(target)  # the server's side stays open as long as this process
 
 
 def copy_in_order(source, target):
@@ -136,25 +145,23 @@ def scan_configuration(groups):
     return f'<?xml version="1.0" encoding="UTF-8"?>\n<Hardware>\n{lines}</Hardware>\n'
 
 
-def snapshot(root):
-    """Every path with what tells a change of it; other file systems are not entered."""
+def snapshot(root, untouched=()):
+    """Every path with what tells a change of it. Other file systems are not entered, and the
+    `untouched` paths not even looked at."""
     root = Path(root)
     device = root.stat().st_dev
     found = {}
     for directory, names, files in os.walk(root):
-        names[:] = [name for name in names if _stays_on(device, Path(directory, name))]
+        inside = Path("/", Path(directory).relative_to(root))
+        names[:] = [name for name in names if str(inside / name) not in untouched
+                    and Path(directory, name).lstat().st_dev == device]
         for name in [*names, *files]:
-            path = Path(directory, name)
-            status = path.lstat()
+            status = Path(directory, name).lstat()
             shape = (status.st_mode,)
             if not stat.S_ISDIR(status.st_mode):
                 shape += (status.st_size, status.st_mtime_ns)
-            found["/" + str(path.relative_to(root))] = shape
+            found[str(inside / name)] = shape
     return found
-
-
-def _stays_on(device, path):
-    return path.lstat().st_dev == device
 
 
 def changes(before, after, expected):
