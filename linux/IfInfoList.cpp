@@ -48,7 +48,7 @@ void IfInfoList::add(const IfInfo& record) {
   IfInfo* merged = find_if(record.name, *this);
   if (merged == nullptr) {
     const auto count = static_cast<size_t>(m_count);
-    auto items = std::make_unique<IfInfo*[]>(count + 1);
+    auto items = std::make_unique_for_overwrite<IfInfo*[]>(count + 1);
     std::copy_n(m_items.get(), count, items.get());
     merged = items[count] = new IfInfo{};
     m_items = std::move(items);

@@ -1,7 +1,6 @@
 // The grammars of ifconfig's listing.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -176,14 +175,15 @@ TEST(ParseIfconfigLinux, overlongLinesArriveInPiecesOf511Characters) {
   EXPECT_EQ(parseLinux("eth0 " + std::string(10000, 'x') + "\n inet addr:10.0.0.1\n").size(), 1U);
 }
 
-TEST(ParseIfconfigLinux, megabyteOfInterfacesIsReadInAMoment) {
+TEST(ParseIfconfigLinux, megabyteOfInterfacesIsReadToItsEnd) {
   std::string text;
-  for (int i = 0; text.size() < 1'000'000; ++i) {
-    text += "eth" + std::to_string(i) + "\n inet addr:10.0.0.1\n";
+  Records expected;
+  while (text.size() < 1'000'000) {
+    const std::string name = "eth" + std::to_string(expected.size());
+    text += name + "      Link encap:Ethernet\n          inet addr:10.0.0.1\n";
+    expected.push_back({name, "10.0.0.1", "-"});
   }
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_GT(parseLinux(text).size(), 30000U);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+  EXPECT_EQ(parseLinux(text), expected);
 }
 
 TEST(ParseIfconfigUnix, readsTheListingOfNewNetTools) {
