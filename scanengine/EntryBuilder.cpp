@@ -14,7 +14,7 @@ namespace quenlor {
 namespace {
 
 constexpr long long kLocalDisk = 3;  // PART_MEDIA_TYPE_ENUM_DEF
-constexpr uint64_t kKilobytesPerGigabyte = 1048576;
+constexpr long long kKilobytesPerGigabyte = 1048576;
 constexpr long long kKilobytesPerMegabyte = 1024;
 
 struct Replacement {
@@ -68,6 +68,12 @@ std::string renderedText(const unsigned char* block) {
   return {text, size};
 }
 
+void addNamed(IEntry& entry, const std::vector<NVPair>& pairs, const char* name) {
+  for (const NVPair& pair : pairs) {
+    if (pair.first == name) entry.addEntryAttribute(pair.second);
+  }
+}
+
 // Value of the first pair of a name; null when there is none.
 const std::string* firstValue(const std::vector<NVPair>& pairs, const char* name) {
   for (const NVPair& pair : pairs) {
@@ -81,15 +87,19 @@ const std::string* firstValue(const std::vector<NVPair>& pairs, const char* name
 int EntryBuilder::BuildAllEntries(int) {
   m_owned.clear();
   m_entries.clear();
-  addValues("cpu_mhertz", "Processor", "MaxClockSpeed");
-  addValues("scandate", "Scan Info", "Scan Date");
-  addValues("guid", "IP Address", "Permanent Mac Address");
-  addValues("hostname", "IP Address", "Hostname");
-  addOsType();
-  addOsVersion();
-  addHwPlatform();
-  addRam();
-  addDisks();
+  addValues("cpu_mhertz", retrieve("Processor", {"MaxClockSpeed"}), "MaxClockSpeed");
+  addValues("scandate", retrieve("Scan Info", {"Scan Date"}), "Scan Date");
+  // Collected once for all their entries: a collection may wait for commands and name servers.
+  const auto addresses = retrieve("IP Address", {"Permanent Mac Address", "Hostname"});
+  addValues("guid", addresses, "Permanent Mac Address");
+  addValues("hostname", addresses, "Hostname");
+  const auto system =
+      retrieve("Operating System", {"Name", "Major Version", "Minor Version", "OS Kernel Mode"});
+  addOsType(system);
+  addOsVersion(system);
+  addHwPlatform(system);
+  addRam(retrieve("Memory", {"Total Physical"}));
+  addDisks(retrieve("Partition", {"Media Type", "Physical Size"}));
   return static_cast<int>(m_entries.size());
 }
 
@@ -156,65 +166,58 @@ void EntryBuilder::add(std::unique_ptr<IEntry> entry) {
   m_owned.push_back(std::move(entry));
 }
 
-void EntryBuilder::addValues(const char* id, const char* group, const char* attribute) {
-  SimpleEntry& entry = addSimple(id);
-  for (const NVPair& pair : retrieve(group, {attribute})) entry.addEntryAttribute(pair.second);
+void EntryBuilder::addValues(const char* id, const std::vector<NVPair>& pairs,
+                             const char* attribute) {
+  addNamed(addSimple(id), pairs, attribute);
 }
 
-void EntryBuilder::addOsType() {
+void EntryBuilder::addOsType(const std::vector<NVPair>& system) {
   AttributeReplacingEntry& entry = addReplacing("osType");
   for (const Replacement& replacement : kOsTypes) {
     entry.SetReplacement(replacement.from, replacement.to);
   }
-  for (const NVPair& pair : retrieve("Operating System", {"Name"})) {
-    entry.addEntryAttribute(pair.second);
-  }
+  addNamed(entry, system, "Name");
 }
 
-void EntryBuilder::addOsVersion() {
+void EntryBuilder::addOsVersion(const std::vector<NVPair>& system) {
   SimpleEntry& entry = addSimple("osVersion");
-  const std::vector<NVPair> pairs =
-      retrieve("Operating System", {"Major Version", "Minor Version"});
-  const std::string* majorVersion = firstValue(pairs, "Major Version");
-  const std::string* minorVersion = firstValue(pairs, "Minor Version");
+  const std::string* majorVersion = firstValue(system, "Major Version");
+  const std::string* minorVersion = firstValue(system, "Minor Version");
   if (majorVersion == nullptr || minorVersion == nullptr) return;
   entry.addEntryAttribute(*majorVersion + "." + *minorVersion);
 }
 
-void EntryBuilder::addHwPlatform() {
+void EntryBuilder::addHwPlatform(const std::vector<NVPair>& system) {
   AttributeReplacingEntry& entry = addReplacing("hwPlatform");
   entry.SetDefaultReplacement(kDefaultPlatform);
   for (const Replacement& replacement : kPlatforms) {
     entry.SetReplacement(replacement.from, replacement.to);
   }
   // Whatever the architecture, its kernel mode decides.
-  for (const NVPair& pair : retrieve("Operating System", {"OS Kernel Mode"})) {
-    entry.addEntryAttribute(pair.second);
-  }
+  addNamed(entry, system, "OS Kernel Mode");
 }
 
-void EntryBuilder::addRam() {
+void EntryBuilder::addRam(const std::vector<NVPair>& memory) {
   SimpleEntry& entry = addSimple("ram_mbytes");
-  for (const NVPair& pair : retrieve("Memory", {"Total Physical"})) {
+  for (const NVPair& pair : memory) {
     entry.addEntryAttribute(std::to_string(toDecimal(pair.second) / kKilobytesPerMegabyte));
   }
 }
 
-void EntryBuilder::addDisks() {
-  const auto [gigabytes, found] =
-      sumLocalDisks(retrieve("Partition", {"Media Type", "Physical Size"}));
+void EntryBuilder::addDisks(const std::vector<NVPair>& partitions) {
+  const auto [gigabytes, found] = sumLocalDisks(partitions);
   if (found) addSimple("hdd_gbytes").addEntryAttribute(std::to_string(gigabytes));
 }
 
-std::pair<uint64_t, bool> sumLocalDisks(const std::vector<NVPair>& pairs) {
-  uint64_t total = 0;
-  uint64_t pending = 0;
+std::pair<long long, bool> sumLocalDisks(const std::vector<NVPair>& pairs) {
+  long long total = 0;
+  long long pending = 0;
   bool sizeSeen = false;
   bool diskSeen = false;
   bool found = false;
   for (const auto& [name, value] : pairs) {
     if (name == "Physical Size") {
-      pending = std::strtoull(value.c_str(), nullptr, 10) / kKilobytesPerGigabyte;
+      pending = toDecimal(value) / kKilobytesPerGigabyte;
       sizeSeen = true;
     } else if (name == "Media Type" && toDecimal(value) == kLocalDisk) {
       diskSeen = true;

@@ -39,12 +39,12 @@ class EntryBuilder {
   AttributeReplacingEntry& addReplacing(const char* id);
   void add(std::unique_ptr<IEntry> entry);
 
-  void addValues(const char* id, const char* group, const char* attribute);
-  void addOsType();
-  void addOsVersion();
-  void addHwPlatform();
-  void addRam();
-  void addDisks();
+  void addValues(const char* id, const std::vector<NVPair>& pairs, const char* attribute);
+  void addOsType(const std::vector<NVPair>& system);
+  void addOsVersion(const std::vector<NVPair>& system);
+  void addHwPlatform(const std::vector<NVPair>& system);
+  void addRam(const std::vector<NVPair>& memory);
+  void addDisks(const std::vector<NVPair>& partitions);
 
   std::vector<std::unique_ptr<IEntry>> m_owned;
   std::vector<IEntry*> m_entries;
@@ -53,6 +53,6 @@ class EntryBuilder {
 // Sum in gigabytes of the sizes paired with local disks, in the order the pairs come; the second is
 // false when there was no local disk. A size waits for the next media type 3, whichever row that is
 // in.
-std::pair<uint64_t, bool> sumLocalDisks(const std::vector<NVPair>& pairs);
+std::pair<long long, bool> sumLocalDisks(const std::vector<NVPair>& pairs);
 
 }  // namespace quenlor

@@ -81,7 +81,7 @@ int GroupFactory::getAllGroups(std::list<String>& names) {
 
 VelGroup* GroupFactory::getGroup(const String& name) {
   const TraceFunction at{kSourcePath, "getGroup()"};
-  getCcLogHw()->traceMAX(at(), "hardware groupName=%s", name.c_str());
+  getCcLogHw()->traceMidEntry(at(), "hardware groupName=%s", name.c_str());
   const uint32_t id = getGroupIdFromName(name);
   VelGroup* group = getVELGroup(id);
   getCcLogHw()->traceMidExit(at(), "hardware groupId=%ld", static_cast<long>(id));

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 
 #include "com/factory/GroupFactory.h"
@@ -19,24 +20,26 @@ namespace fs = std::filesystem;
 // One value of a fake group's row.
 struct FakeValue {
   uint32_t id;
-  std::string text;  // used when not empty
+  std::optional<std::string> text;  // else the number is the value
   uint64_t number = 0;
   bool wide = false;  // 64-bit number
 };
 
 using FakeRows = std::vector<std::vector<FakeValue>>;
 std::map<unsigned long, FakeRows> g_groups;
+std::map<unsigned long, int> g_collections;
 
 class FakeGroup : public VelGroup {
  public:
   explicit FakeGroup(uint32_t id) : VelGroup(id, 1) {}
   VelTable* getTable() override {
+    ++g_collections[getGroupId()];
     auto table = std::make_unique<VelTable>(getGroupId(), 1);
     for (const auto& values : g_groups[getGroupId()]) {
       auto row = std::make_unique<VelTableRow>();
       for (const FakeValue& value : values) {
-        if (!value.text.empty()) {
-          addText(*row, value.id, value.text);
+        if (value.text) {
+          addText(*row, value.id, *value.text);
         } else if (value.wide) {
           addUlongLong(*row, value.id, value.number);
         } else {
@@ -53,6 +56,7 @@ class EntryBuilderTest : public ::testing::Test {
  protected:
   EntryBuilderTest() {
     g_groups.clear();
+    g_collections.clear();
     GroupFactory::getInstance().setCreator([](unsigned long id) -> VelGroup* {
       return g_groups.count(id) == 0 ? nullptr : new FakeGroup(static_cast<uint32_t>(id));
     });
@@ -84,7 +88,7 @@ TEST_F(EntryBuilderTest, machineWithoutAnyGroupListsEveryIdWithoutValues) {
 }
 
 TEST_F(EntryBuilderTest, severalValuesOfOneAttributeAreAllListedInOrder) {
-  g_groups[group::kProcessor] = {{{1, "", 1}, {4, "", 2800}}, {{1, "", 2}, {4, "", 2400}}};
+  g_groups[group::kProcessor] = {{{1, {}, 1}, {4, {}, 2800}}, {{1, {}, 2}, {4, {}, 2400}}};
   g_groups[group::kIpAddress] = {{{3, "one"}, {10, "00:01"}}, {{3, "two"}, {10, "00:02"}}};
   EXPECT_EQ(line("cpu_mhertz"), "cpu_mhertz:\t2800 2400 ");
   EXPECT_EQ(line("hostname"), "hostname:\tone two ");
@@ -93,31 +97,67 @@ TEST_F(EntryBuilderTest, severalValuesOfOneAttributeAreAllListedInOrder) {
 
 TEST_F(EntryBuilderTest, operatingSystemGivesTypeVersionAndPlatform) {
   g_groups[group::kOperatingSystem] = {
-      {{1, "Red Hat Linux"}, {3, "", 2}, {4, "", 4}, {10, "i686"}, {11, "64-bit"}}};
+      {{1, "Red Hat Linux"}, {3, {}, 2}, {4, {}, 4}, {10, "i686"}, {11, "64-bit"}}};
   EXPECT_EQ(line("osType"), "osType:\tLINUX ");
   EXPECT_EQ(line("osVersion"), "osVersion:\t2.4 ");
   EXPECT_EQ(line("hwPlatform"), "hwPlatform:\tIA64 ");
 }
 
 TEST_F(EntryBuilderTest, kernelModeOfThirtyTwoBitsAndEmptyOneAreTheDefaultPlatform) {
+  g_groups[group::kOperatingSystem] = {{{10, "x86_64"}, {11, ""}}};
+  EXPECT_EQ(line("hwPlatform"), "hwPlatform:\tIA32 ");
   g_groups[group::kOperatingSystem] = {{{1, "Unheard Of"}, {11, "32-bit"}}};
   EXPECT_EQ(line("hwPlatform"), "hwPlatform:\tIA32 ");
   EXPECT_EQ(line("osType"), "osType:\tUnheard Of ");
   EXPECT_EQ(line("osVersion"), "osVersion:\t");
 }
 
+TEST_F(EntryBuilderTest, everyReplacementOfSystemTypeAndPlatform) {
+  const auto entryOf = [](const std::string& id, const std::string& name, const std::string& mode) {
+    g_groups[group::kOperatingSystem] = {{{1, name}, {11, mode}}};
+    return line(id);
+  };
+  const std::vector<std::pair<const char*, const char*>> types{
+      {"Windows 2000", "WINDOWS2000"},
+      {"Windows XP", "WINDOWSXP"},
+      {"Windows 2003", "WINDOWS2003"},
+      {"Windows Server 2003", "WINDOWS2003"},
+      {"Caldera Linux", "LINUX"},
+      {"SLES 9", "LINUX"},
+      {"a Kov system", "KOV"},
+      {"Solaris", "SOLARIS"},
+      {"SunOS", "SOLARIS"},
+      {"HP-UX", "HPUX"}};
+  for (const auto& [name, type] : types) {
+    EXPECT_EQ(entryOf("osType", name, ""), std::string("osType:\t") + type + " ");
+  }
+  const std::vector<std::pair<const char*, const char*>> platforms{
+      {"a 64", "IA64"}, {"Sparc", "SPARC"}, {"RISC", "PARISC"}, {"Power", "POWER"}};
+  for (const auto& [mode, platform] : platforms) {
+    EXPECT_EQ(entryOf("hwPlatform", "", mode), std::string("hwPlatform:\t") + platform + " ");
+  }
+}
+
+TEST_F(EntryBuilderTest, eachGroupIsCollectedOnce) {
+  const std::vector<uint32_t> groups{group::kProcessor,       group::kScanInfo, group::kIpAddress,
+                                     group::kOperatingSystem, group::kMemory,   group::kPartition};
+  for (const uint32_t id : groups) g_groups[id] = {};
+  EntryBuilder().BuildAllEntries(1);
+  for (const uint32_t id : groups) EXPECT_EQ(g_collections[id], 1) << id;
+}
+
 TEST_F(EntryBuilderTest, memoryIsInWholeMegabytes) {
-  g_groups[group::kMemory] = {{{1, "", 1048576}}};
+  g_groups[group::kMemory] = {{{1, {}, 1048576}}};
   EXPECT_EQ(line("ram_mbytes"), "ram_mbytes:\t1024 ");
-  g_groups[group::kMemory] = {{{1, "", 2047}}};
+  g_groups[group::kMemory] = {{{1, {}, 2047}}};
   EXPECT_EQ(line("ram_mbytes"), "ram_mbytes:\t1 ");
 }
 
 TEST_F(EntryBuilderTest, diskLineNeedsALocalDisk) {
-  g_groups[group::kPartition] = {{{3, "", 4}, {5, "", 5242880, true}}};
+  g_groups[group::kPartition] = {{{3, {}, 4}, {5, {}, 5242880, true}}};
   EXPECT_EQ(line("hdd_gbytes"), "(absent)");
-  g_groups[group::kPartition] = {{{3, "", 3}, {5, "", 5242880, true}},
-                                 {{3, "", 3}, {5, "", 1048575}}};
+  g_groups[group::kPartition] = {{{3, {}, 3}, {5, {}, 5242880, true}},
+                                 {{3, {}, 3}, {5, {}, 1048575}}};
   EXPECT_EQ(line("hdd_gbytes"), "hdd_gbytes:\t5 ");
 }
 
@@ -127,12 +167,32 @@ TEST_F(EntryBuilderTest, localDiskTakesTheLastSizeNotYetConsumedWhicheverRowItCa
   const auto sum = sumLocalDisks(
       {{"Media Type", "4"}, {"Physical Size", gb7}, {"Media Type", "3"}, {"Physical Size", gb2}});
   // The remote row's size goes with the local disk at once; the disk's own size then stays pending.
-  EXPECT_EQ(sum, (std::pair<uint64_t, bool>(7, true)));
+  EXPECT_EQ(sum, (std::pair<long long, bool>(7, true)));
 }
 
 TEST_F(EntryBuilderTest, sizesOfManyTerabytesDoNotWrap) {
   EXPECT_EQ(sumLocalDisks({{"Media Type", "3"}, {"Physical Size", "9007199254740992"}}).first,
-            8589934592U);
+            8589934592);
+}
+
+TEST_F(EntryBuilderTest, sizesThatAreNoCountAddNothing) {
+  for (const char* size : {"-1", "", "unknown"}) {
+    EXPECT_EQ(sumLocalDisks({{"Media Type", "3"}, {"Physical Size", size}}),
+              (std::pair<long long, bool>(0, true)))
+        << size;
+  }
+}
+
+TEST_F(EntryBuilderTest, retrieveKeepsTheNamedAttributesOfEveryRowInOrder) {
+  g_groups[group::kPartition] = {{{1, {}, 9}, {3, {}, 3}, {5, {}, 10, true}},
+                                 {{5, {}, 20}, {99, "no such attribute"}, {3, {}, 4}}};
+  std::vector<NVPair> pairs;
+  const std::vector<std::string> names{"Physical Size", "Media Type", "Media Type"};
+  EXPECT_EQ(EntryBuilder::RetrieveAttributeValue("Partition", &names, &pairs), 4);
+  EXPECT_EQ(pairs, (std::vector<NVPair>{{"Media Type", "3"},
+                                        {"Physical Size", "10"},
+                                        {"Physical Size", "20"},
+                                        {"Media Type", "4"}}));
 }
 
 TEST_F(EntryBuilderTest, retrieveWithoutArgumentsOrGroupGivesNothing) {

@@ -11,6 +11,8 @@
 #include "com/model/VelTable.h"
 #include "config/DovCfg.h"
 #include "scanengine/EntryBuilder.h"
+#include "tests/support/CapturedTraces.h"
+#include "tests/support/FakeHost.h"
 
 namespace quenlor {
 namespace {
@@ -120,6 +122,76 @@ constexpr const char* kOneMemoryTable =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Hardware>\n"
     "\n\n\t<Memory version=\"1\">\n\t\t<TotalPhysical>3</TotalPhysical>\n\t</Memory>"
     "\n\n</Hardware>\n";
+
+// Records that a run leaves in the file named by the trace properties of its "config_dir".
+class QuenlorTraceTest : public QuenlorTest {
+ protected:
+  QuenlorTraceTest() {
+    write("quenlor.conf", "config_dir = " + directory.string() + "\n");
+    write("DovTrace.properties", "trace.file = trace\ntrace.level = MAX\n");
+    GroupFactory::getInstance().setCreator([](unsigned long id) -> VelGroup* {
+      return id == group::kMemory ? new LoggingGroup(group::kMemory) : nullptr;
+    });
+  }
+  ~QuenlorTraceTest() override { CcLogWrapper::initialize(nullptr); }
+
+  // Those of the driver alone.
+  std::vector<std::string> tracesOf(const std::vector<std::string>& arguments) {
+    run(arguments);
+    std::vector<std::string> records;
+    for (const std::string& record : test::readTraces(directory / "trace")) {
+      if (record.find(" scanengine/quenlor.cpp ") != std::string::npos) records.push_back(record);
+    }
+    fs::remove(directory / "trace");
+    return records;
+  }
+
+  test::FakeHost machine;
+};
+
+using Records = std::vector<std::string>;
+
+TEST_F(QuenlorTraceTest, scanOfEverything) {
+  Records expected{"MID entry scanengine/quenlor.cpp quenlor() hardware",
+                   "MAX scanengine/quenlor.cpp quenlor() hardware After getIstance",
+                   "MAX scanengine/quenlor.cpp quenlor() hardware No config filename entered",
+                   "MAX scanengine/quenlor.cpp quenlor() hardware Get all supported groups",
+                   "MAX scanengine/quenlor.cpp quenlor() hardware getTable()",
+                   "MAX scanengine/quenlor.cpp quenlor() hardware printXML()",
+                   "MID exit scanengine/quenlor.cpp quenlor() hardware return=0"};
+  EXPECT_EQ(tracesOf({}), expected);
+  expected[5] = "MAX scanengine/quenlor.cpp quenlor() hardware printMif()";
+  EXPECT_EQ(tracesOf({"-m"}), expected);
+}
+
+TEST_F(QuenlorTraceTest, scanWithoutHardwareSection) {
+  write("scan.xml", "<Software/>");
+  machine.files[path("scan.xml")] = "";
+  EXPECT_EQ(
+      tracesOf({"-c", path("scan.xml")}),
+      (Records{"MID entry scanengine/quenlor.cpp quenlor() hardware",
+               "MAX scanengine/quenlor.cpp quenlor() hardware After getIstance",
+               "MAX scanengine/quenlor.cpp quenlor() hardware HW_TAG_TYPE section not present "
+               "in the config file, taking the default hw group",
+               "MAX scanengine/quenlor.cpp quenlor() hardware getTable()",
+               "MAX scanengine/quenlor.cpp quenlor() hardware printXML()",
+               "MID exit scanengine/quenlor.cpp quenlor() hardware return=0"}));
+}
+
+TEST_F(QuenlorTraceTest, failuresAreTheStatusOfTheExitRecord) {
+  EXPECT_EQ(tracesOf({"-c", path("none.xml")}),
+            (Records{"MID entry scanengine/quenlor.cpp quenlor() hardware",
+                     "MAX scanengine/quenlor.cpp quenlor() hardware After getIstance",
+                     "MID exit scanengine/quenlor.cpp quenlor() hardware return=5"}));
+  EXPECT_EQ(tracesOf({"-o", "/nonexistent/directory/out"}).back(),
+            "MID exit scanengine/quenlor.cpp quenlor() hardware return=4");
+}
+
+TEST_F(QuenlorTraceTest, usageErrorsAndListModeHaveNoExitRecord) {
+  const Records entry{"MID entry scanengine/quenlor.cpp quenlor() hardware"};
+  EXPECT_EQ(tracesOf({"-x"}), entry);
+  EXPECT_EQ(tracesOf({"-l"}), entry);
+}
 
 // The factory collects names for the whole process, so this file loads each of its
 // configurations in one test that knows what came before.

@@ -10,6 +10,7 @@
 
 #include "com/factory/HWXmlDovParser.h"
 #include "config/DovCfg.h"
+#include "tests/support/CapturedTraces.h"
 #include "xmltree/Node.h"
 
 namespace quenlor {
@@ -206,6 +207,102 @@ TEST_F(GroupFactoryTest, hardwareConfigurationFileHasADefaultName) {
   DovCfg::initialize(program.c_str());
   factory.initialise();
   EXPECT_EQ(factory.hwConfigFile().str(), "/some/dir/x");
+}
+
+using Records = std::vector<std::string>;
+
+TEST_F(GroupFactoryTest, loadingGroupsTracesEveryStep) {
+  const std::string path =
+      write("scan.xml", "<Hardware><Group Name='A'/><Group/><Group Name='B'/></Hardware>");
+  const test::CapturedTraces traces;
+  ASSERT_EQ(factory.loadNodeFromFile(path, kHardwareSection), 0);
+  const std::string max = "MAX com/GroupFactory.cpp loadNodeFromFile() hardware ";
+  const std::string added =
+      "MAX com/GroupFactory.cpp getHWGroupFromNode() hardware add a new element to the group...";
+  EXPECT_EQ(traces.texts(),
+            (Records{max + "Open config file " + path + " for read", max + "After ParseNodeSink()",
+                     max + "After new XmlDovParser()", max + "After sink->getNode()",
+                     max + "Error from dovparser is 0", added, added,
+                     max + "After parsing config file " + path,
+                     "MID exit com/GroupFactory.cpp loadNodeFromFile() hardware return =0"}));
+}
+
+TEST_F(GroupFactoryTest, loadingProcessorsTracesNodesAndElements) {
+  const std::string path =
+      write("hw.xml", "<X><Processors><Processor/></Processors><QCMs><QCM/></QCMs></X>");
+  const test::CapturedTraces traces;
+  ASSERT_EQ(factory.loadNodeFromFile(path, kProcessorsSection), 0);
+  const std::string max = "MAX com/GroupFactory.cpp loadNodeFromFile() hardware ";
+  const std::string node = "MAX com/HWParseNodeSink.cpp HWParseNodeSink::onNodeTree hardware ";
+  EXPECT_EQ(
+      traces.texts(),
+      (Records{max + "Open config file " + path + " for read", max + "After HWParseNodeSink()",
+               node + "Node name is X", node + "Node name is Processors",
+               node + "Processor node stored", node + "Node name is Processor",
+               node + "no children", node + "Node name is QCMs", node + "QCM node stored",
+               node + "Node name is QCM", node + "no children", max + "After new HWXmlDovParser()",
+               max + "After sink->getNode()", max + "Error from dovparser is 0",
+               "MAX com/GroupFactory.cpp getProcessorFromNode() hardware add a new element",
+               max + "After parsing config file " + path,
+               "MID exit com/GroupFactory.cpp loadNodeFromFile() hardware return =0"}));
+  ASSERT_EQ(factory.loadNodeFromFile(path, kQcmsSection), 0);
+  EXPECT_EQ(traces.count(" getQCMFromNode() hardware add a new element"), 1);
+}
+
+TEST_F(GroupFactoryTest, failingLoadsTraceWhatFailedAtTheLowestLevel) {
+  const std::string broken = write("broken.xml", "<Processors>\n");
+  const std::string missing = directory / "none.xml";
+  const test::CapturedTraces traces;
+  EXPECT_EQ(factory.loadNodeFromFile(missing, kProcessorsSection), 5);
+  const std::string at = " com/GroupFactory.cpp loadNodeFromFile() hardware ";
+  EXPECT_EQ(traces.texts(), (Records{"MIN" + at + "Can't open file " + missing + " for read",
+                                     "MID exit" + at + "return =5"}));
+  EXPECT_EQ(factory.loadNodeFromFile(broken, kProcessorsSection), 2);
+  Records records = traces.texts();
+  ASSERT_EQ(records.size(), 11U);
+  EXPECT_EQ(records[2], "MAX" + at + "Open config file " + broken + " for read");
+  EXPECT_EQ(records[3], "MAX" + at + "After HWParseNodeSink()");
+  EXPECT_EQ(records[4],
+            "MAX com/HWParseNodeSink.cpp HWParseNodeSink::onCriticalError hardware Message is no "
+            "element found at line 2");
+  EXPECT_EQ(records[7], "MAX" + at + "Error from dovparser is -1009");
+  EXPECT_EQ(records[8], "MIN" + at + "Error parsing the xmlfile " + broken);
+  EXPECT_EQ(records[9], "MAX" + at + "After parsing config file " + broken);
+  EXPECT_EQ(records[10], "MID exit" + at + "return =2");
+}
+
+TEST_F(GroupFactoryTest, warningsAndErrorsOfTheSinkAreTracedWithTheirLine) {
+  HWParseNodeSink sink;
+  const test::CapturedTraces traces;
+  EXPECT_EQ(sink.onWarning("w", 1), 0);
+  EXPECT_EQ(sink.onError("e", 2), -1009);
+  EXPECT_EQ(sink.onCriticalError("c", 3), -1009);
+  const std::string at = "MAX com/HWParseNodeSink.cpp HWParseNodeSink::";
+  EXPECT_EQ(traces.texts(), (Records{at + "onWarning hardware Message is w at line 1",
+                                     at + "onError hardware Message is e at line 2",
+                                     at + "onCriticalError hardware Message is c at line 3"}));
+}
+
+TEST_F(GroupFactoryTest, gettingAGroupTracesItsNameOnEntryAndItsIdOnExit) {
+  const test::CapturedTraces traces;
+  EXPECT_EQ(factory.getGroup("Memory"), nullptr);
+  EXPECT_EQ(factory.getGroup("memory"), nullptr);
+  const std::string at = " com/GroupFactory.cpp getGroup() hardware ";
+  EXPECT_EQ(traces.texts(),
+            (Records{"MID entry" + at + "groupName=Memory", "MID exit" + at + "groupId=3",
+                     "MID entry" + at + "groupName=memory", "MID exit" + at + "groupId=0"}));
+}
+
+TEST_F(GroupFactoryTest, listOfAllGroupsAndConfigurationNameAreTraced) {
+  const test::CapturedTraces traces;
+  std::list<String> names;
+  factory.getAllGroups(names);
+  const Records groups = traces.texts();
+  ASSERT_EQ(groups.size(), 19U);
+  EXPECT_EQ(groups.front(), "MAX com/GroupFactory.cpp getAllGroups() hardware group = ComponentID");
+  EXPECT_EQ(groups.back(), "MAX com/GroupFactory.cpp getAllGroups() hardware group = UnixCpuMeter");
+  factory.initialise();
+  EXPECT_EQ(traces.count("hardware m_HWConfigFile = " + factory.hwConfigFile().str()), 1);
 }
 
 TEST_F(GroupFactoryTest, shippedHardwareConfigurationLoads) {
