@@ -7,7 +7,7 @@
 
 #include "SMBIOS/SMBIOSTable.h"
 #include "tests/firmware/Firmware.h"
-#include "tests/firmware/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 
 namespace quenlor {
 namespace {
@@ -468,7 +468,7 @@ TEST(SMBIOSTable24Data, settingsAreSigned) {
 // --- traces ---
 
 TEST(RecordTrace, accessorsTraceLabelsAndCleanedTexts) {
-  const test::TraceCapture trace;
+  const test::CapturedTraces traces;
   recordOf<SMBIOSTable4Data>(test::Processor{.socket = "CPU\x01\xFF", .type = 3}, k24)->getSocket();
   recordOf<SMBIOSTable4Data>(processor(), k24)->getType();
   recordOf<SMBIOSTable0Data>(test::Bios{.romSize = 7}, k24)->getROMSizeKB();
@@ -478,7 +478,7 @@ TEST(RecordTrace, accessorsTraceLabelsAndCleanedTexts) {
        {"hardware Socket: CPU..", "hardware Type: 03", "hardware getROMSizeKB: 512 KB",
         "hardware Vendor: -none-", "hardware Port Type: 10",
         "../../../src/invscan/SMBIOS/SMBIOSTable4Data.cpp"}) {
-    EXPECT_NE(trace.text().find(expected), std::string::npos) << expected;
+    EXPECT_TRUE(traces.contains(expected)) << expected;
   }
 }
 

@@ -7,7 +7,7 @@
 #include "SMBIOS/SMBIOSTable.h"
 #include "tests/firmware/Images.h"
 #include "tests/firmware/SharedTable.h"
-#include "tests/firmware/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
 
 namespace quenlor {
@@ -188,9 +188,8 @@ TEST_F(SMBIOSTableLoadTest, largestTableIsLoaded) {
 }
 
 TEST_F(SMBIOSTableLoadTest, tracesWhatItFinds) {
-  const test::TraceCapture trace;
+  const test::CapturedTraces traces;
   load(Firmware(smallTable()));
-  const std::string text = trace.text();
   for (const char* expected : {"hardware Reading F0000 segment",
                                "hardware Looking for _DMI_ signature",
                                "Found _DMI_ at 000F:A010",
@@ -211,7 +210,7 @@ TEST_F(SMBIOSTableLoadTest, tracesWhatItFinds) {
                                "found structure 127",
                                "Number of Table 4 =",
                                "Number of Table 4 Populated="}) {
-    EXPECT_NE(text.find(expected), std::string::npos) << expected;
+    EXPECT_TRUE(traces.contains(expected)) << expected;
   }
 }
 

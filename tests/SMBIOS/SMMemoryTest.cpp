@@ -6,7 +6,7 @@
 
 #include "SMBIOS/SM_HWSecurity.h"
 #include "tests/firmware/SharedTable.h"
-#include "tests/firmware/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 
 namespace quenlor {
 namespace {
@@ -252,20 +252,19 @@ TEST(HardwareSecurity, shiftsKeepSignAndNeighbouringBits) {
 // --- traces ---
 
 TEST(MemorySpecs, tracesItsSteps) {
-  const test::TraceCapture trace;
+  const test::CapturedTraces traces;
   memorySpecsOf(table()
                     .add(test::MemoryController{5, 4})
                     .add(test::MemoryModule{"J1", 0, 5})
                     .add(test::MemoryArray{4194304, 4})
                     .add(test::MemoryDevice{.size = 512}));
-  const std::string text = trace.text();
   for (const char* expected :
        {"hardware SMBIOS Table 5 is available", "hardware SMBIOS Table 16 is available",
         "hardware SMBIOS Table 17 is available", "hardware SMBIOS Table 6 is available",
         "Table 5: Max Module Size: 32 Slots: 4 Table 6 MaxModuleSize (calc) found: 32",
         "raw maxModuleSizeMB = 4096 MB, divided by slots: 1024", "biggestModule found (SMB): 512",
         "Table 16: Max Module Size: 1024 Slots: 4"}) {
-    EXPECT_NE(text.find(expected), std::string::npos) << expected;
+    EXPECT_TRUE(traces.contains(expected)) << expected;
   }
 }
 

@@ -4,7 +4,7 @@
 
 #include "tests/firmware/Images.h"
 #include "tests/firmware/SharedTable.h"
-#include "tests/firmware/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/Rows.h"
 
 namespace quenlor {
@@ -50,16 +50,15 @@ TEST(ComponentIDGroup, totalMemoryIgnoresTheUnit) {
 }
 
 TEST(ComponentIDGroup, traces) {
-  const test::TraceCapture trace;
+  const test::CapturedTraces traces;
   const SharedTable shared(*test::firmwareNamed("server-2.4"));
   test::collect<ComponentIDGroup>();
-  const std::string text = trace.text();
   for (const char* expected :
        {"hardware ComponentIDGroup", "Type retrieved for linux intel=3",
         "SerialNumber retrieved for linux intel=SN-2400",
         "Manufacturer retrieved for linux intel=Example Systems",
         "Version retrieved for linux intel=3", "Product retrieved for linux intel=Rack 2000"}) {
-    EXPECT_NE(text.find(expected), std::string::npos) << expected;
+    EXPECT_TRUE(traces.contains(expected)) << expected;
   }
 }
 

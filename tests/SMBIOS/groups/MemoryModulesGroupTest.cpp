@@ -7,7 +7,7 @@
 
 #include "tests/firmware/Images.h"
 #include "tests/firmware/SharedTable.h"
-#include "tests/firmware/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/Rows.h"
 
 namespace quenlor {
@@ -152,14 +152,13 @@ TEST(MemoryModulesGroup, moduleSizes) {
 }
 
 TEST(MemoryModulesGroup, traces) {
-  const test::TraceCapture trace;
+  const test::CapturedTraces traces;
   rowsOf(table().add(test::MemoryDevice{.size = 512, .locator = "DIMM0"}));
   rowsOf(table().add(test::MemoryModule{"J1", 0, 8}));
-  const std::string text = trace.text();
   for (const char* expected :
        {"hardware MemoryModulesGroup Group", "hardware Memory Modules Group",
         "SMBIOS Table 17 is available:(", "SMBIOS Table 6 is available:(", "Module # 1 512"}) {
-    EXPECT_NE(text.find(expected), std::string::npos) << expected;
+    EXPECT_TRUE(traces.contains(expected)) << expected;
   }
 }
 

@@ -7,7 +7,7 @@
 #include "com/identity/Identity.h"
 #include "tests/firmware/Images.h"
 #include "tests/firmware/SharedTable.h"
-#include "tests/firmware/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/Rows.h"
 
 namespace quenlor {
@@ -165,16 +165,15 @@ TEST(SMBIOSGroup, powerOnPasswordAboveThreeIsNotImplemented) {
 }
 
 TEST(SMBIOSGroup, traces) {
-  const test::TraceCapture trace;
+  const test::CapturedTraces traces;
   rowOf(fullTable());
   rowOf(table().add(test::System{.product = "P"}));
-  const std::string text = trace.text();
   for (const char* expected :
        {"hardware SMBIOSGroup Group", "hardware SMBIOS TABLE 0 IS AVAILABLE",
         "hardware SMBIOS TABLE 1 IS AVAILABLE", "hardware SMBIOS TABLE 2 IS AVAILABLE",
         "hardware SMBIOS TABLE 3 IS AVAILABLE", "-none-", "MD5 PK input len: 49",
         "../../../src/invscan/SMBIOS/SMBIOSGroup.cpp"}) {
-    EXPECT_NE(text.find(expected), std::string::npos) << expected;
+    EXPECT_TRUE(traces.contains(expected)) << expected;
   }
 }
 

@@ -5,7 +5,7 @@
 #include "com/machine/smbiosinfo.h"
 #include "tests/firmware/Images.h"
 #include "tests/firmware/SharedTable.h"
-#include "tests/firmware/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
 
 namespace quenlor {
@@ -153,7 +153,7 @@ TEST(Smbiosinfo, tablesAnywhereInMemory) {
 }
 
 TEST(Smbiosinfo, tracesBothPaths) {
-  const test::TraceCapture trace;
+  const test::CapturedTraces traces;
   identityByBoth(Firmware(system({"Maker", "Product", "V1", "S1", {}})));
   identityByEntryPoint(system({"Maker", "Product", "V1", "S1", {}}));
   identityByEntryPoint(*test::firmwareNamed("empty"));
@@ -161,13 +161,12 @@ TEST(Smbiosinfo, tracesBothPaths) {
     test::FakeHost machine;
     identity();
   }
-  const std::string text = trace.text();
   for (const char* expected :
        {"hardware Cannot find table entry point", "hardware Find table entry point",
         "-->SerialNumber=S1", "-->Type=V1", "-->Manufacturer=Maker",
         "Product retrieved for linux intel=Product", "hardware use SMBIOSTable1Data",
         "SMBIOS TABLE 1 IS AVAILABLE!", "SMBIOS TABLE 1 IS NOT AVAILABLE!"}) {
-    EXPECT_NE(text.find(expected), std::string::npos) << expected;
+    EXPECT_TRUE(traces.contains(expected)) << expected;
   }
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/firmware/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
 
 namespace quenlor {
@@ -78,22 +78,22 @@ TEST_F(BIOSROMTest, noBytesAreAlwaysThere) {
 
 TEST_F(BIOSROMTest, tracesItsSteps) {
   m_machine.files["/dev/mem"] = std::string(5000, '-');
-  const test::TraceCapture trace;
+  const test::CapturedTraces traces;
   read(0, 4);
   m_machine.files.clear();
   read(0, 4);
   for (const char* text :
        {"hardware Copy the required chunk", "hardware munmap()", "hardware Close /dev/mem",
         "hardware return 0", "hardware failed to open memory", "hardware return 37"}) {
-    EXPECT_NE(trace.text().find(text), std::string::npos) << text;
+    EXPECT_TRUE(traces.contains(text)) << text;
   }
 }
 
 TEST_F(BIOSROMTest, tracesAFailedMapping) {
   m_machine.devices["/dev/mem"].map = [](size_t, off_t) { return std::optional<std::string>(); };
-  const test::TraceCapture trace;
+  const test::CapturedTraces traces;
   read(0, 4);
-  EXPECT_NE(trace.text().find("hardware Unable to mmap memory"), std::string::npos);
+  EXPECT_TRUE(traces.contains("hardware Unable to mmap memory"));
 }
 
 }  // namespace
