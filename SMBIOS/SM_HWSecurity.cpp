@@ -22,6 +22,7 @@ int SM_HWSecurity(unsigned short* first, unsigned short* second) {
   const SMBIOSTable24Data* record = hardwareSecurity();
   if (record == nullptr) return 1;
   // Sixteen bits with the byte's sign, and no mask after the shift: consumers map what is above 3.
+  // NOLINTNEXTLINE(bugprone-signed-char-misuse): the sign is meant to spread
   const auto settings = static_cast<unsigned short>(record->getHWSecStatus());
   *first = static_cast<unsigned short>(settings >> 6);
   *second = static_cast<unsigned short>(settings >> 2);

@@ -34,39 +34,39 @@ enum class Identity : bool { kNo, kYes };
 template <class Record>
 struct TextField {
   uint32_t id;
+  Identity identity;
   const char* label;
   const char* (Record::*get)() const;
-  Identity identity;
 };
 
 constexpr TextField<SMBIOSTable0Data> BIOS_FIELDS[] = {
-    {1, "BIOS Vendor:", &SMBIOSTable0Data::getVendor, Identity::kYes},
-    {2, "BIOS Version:", &SMBIOSTable0Data::getVersion, Identity::kYes},
+    {1, Identity::kYes, "BIOS Vendor:", &SMBIOSTable0Data::getVendor},
+    {2, Identity::kYes, "BIOS Version:", &SMBIOSTable0Data::getVersion},
 };
 
 constexpr TextField<SMBIOSTable1Data> SYSTEM_FIELDS[] = {
-    {5, "System Manufacturer:", &SMBIOSTable1Data::getManufacturer, Identity::kYes},
-    {6, "System Product Name:", &SMBIOSTable1Data::getProduct, Identity::kYes},
-    {7, "System Version:", &SMBIOSTable1Data::getVersion, Identity::kYes},
-    {8, "System Serial Number:", &SMBIOSTable1Data::getSerialNumber, Identity::kNo},
-    {9, "System UUID:", &SMBIOSTable1Data::getUUIDAsString, Identity::kNo},
+    {5, Identity::kYes, "System Manufacturer:", &SMBIOSTable1Data::getManufacturer},
+    {6, Identity::kYes, "System Product Name:", &SMBIOSTable1Data::getProduct},
+    {7, Identity::kYes, "System Version:", &SMBIOSTable1Data::getVersion},
+    {8, Identity::kNo, "System Serial Number:", &SMBIOSTable1Data::getSerialNumber},
+    {9, Identity::kNo, "System UUID:", &SMBIOSTable1Data::getUUIDAsString},
 };
 
 constexpr TextField<SMBIOSTable2Data> BOARD_FIELDS[] = {
-    {10, "Board Manufacturer:", &SMBIOSTable2Data::getManufacturer, Identity::kYes},
-    {11, "Board Product:", &SMBIOSTable2Data::getProduct, Identity::kYes},
-    {12, "Board Version:", &SMBIOSTable2Data::getVersion, Identity::kYes},
-    {13, "Board Serial Number:", &SMBIOSTable2Data::getSerialNumber, Identity::kNo},
+    {10, Identity::kYes, "Board Manufacturer:", &SMBIOSTable2Data::getManufacturer},
+    {11, Identity::kYes, "Board Product:", &SMBIOSTable2Data::getProduct},
+    {12, Identity::kYes, "Board Version:", &SMBIOSTable2Data::getVersion},
+    {13, Identity::kNo, "Board Serial Number:", &SMBIOSTable2Data::getSerialNumber},
 };
 
 // The enclosure's type stands between its manufacturer and the rest.
 constexpr TextField<SMBIOSTable3Data> ENCLOSURE_MAKER_FIELDS[] = {
-    {14, "Enclosure Manufacturer:", &SMBIOSTable3Data::getManufacturer, Identity::kYes},
+    {14, Identity::kYes, "Enclosure Manufacturer:", &SMBIOSTable3Data::getManufacturer},
 };
 constexpr TextField<SMBIOSTable3Data> ENCLOSURE_FIELDS[] = {
-    {16, "Enclosure Version:", &SMBIOSTable3Data::getVersion, Identity::kYes},
-    {17, "Enclosure Serial Number:", &SMBIOSTable3Data::getSerialNumber, Identity::kNo},
-    {18, "Enclosure Asset Tag:", &SMBIOSTable3Data::getAssetTag, Identity::kNo},
+    {16, Identity::kYes, "Enclosure Version:", &SMBIOSTable3Data::getVersion},
+    {17, Identity::kNo, "Enclosure Serial Number:", &SMBIOSTable3Data::getSerialNumber},
+    {18, Identity::kNo, "Enclosure Asset Tag:", &SMBIOSTable3Data::getAssetTag},
 };
 
 // The row being built, and the text whose digest identifies the machine's hardware: there a "|"

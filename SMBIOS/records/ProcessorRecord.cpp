@@ -1,5 +1,7 @@
 #include "SMBIOS/records/ProcessorRecord.h"
 
+#include <cmath>
+
 namespace quenlor {
 namespace {
 
@@ -48,7 +50,7 @@ void SMBIOSTable4Data::dump() const {
   print("CPUID Stepping", getCPUIDStepping());
   print("Version", getVersion());
   print("Voltage", getVoltage());
-  print("Voltage In Millivolts", static_cast<int64_t>(getVoltageInVolts() * 1000 + 0.5));
+  print("Voltage In Millivolts", std::lround(getVoltageInVolts() * 1000));
   print("External Clock", getExternalClock());
   print("Max Speed", getMaxSpeed());
   print("Current Speed", getCurrentSpeed());

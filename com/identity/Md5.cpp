@@ -65,7 +65,7 @@ void addBlock(uint32_t chain[4], const unsigned char* block) {
   uint32_t d = chain[3];
   for (unsigned step = 0; step < 64; ++step) {
     const unsigned round = step / 16;
-    const uint32_t word = readWord(block + 4 * wordIndex(round, step));
+    const uint32_t word = readWord(block + size_t{4} * wordIndex(round, step));
     const uint32_t sum = a + mix(round, b, c, d) + word + SINES[step];
     a = d;
     d = c;
@@ -127,7 +127,7 @@ void md5file_hash(md5file_context* context, unsigned char digest[16]) {
   md5file_add(context, 0x80);
   while (blockFill(*context) != kLengthOffset) md5file_add(context, 0);
   md5file_addn(context, length, sizeof length);
-  for (int i = 0; i < 4; ++i) writeWord(context->chain[i], digest + 4 * i);
+  for (size_t i = 0; i < 4; ++i) writeWord(context->chain[i], digest + 4 * i);
   explicit_bzero(context, sizeof *context);
 }
 

@@ -1,7 +1,7 @@
 // Page-aware read access to files and to physical memory ("/dev/mem").
 #pragma once
 
-#include <sys/types.h>
+#include <sys/mman.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -27,7 +27,7 @@ struct slm_mapping;
 using slm_handle = slm_mapping*;
 
 // What a failed mapping returns, as mmap does.
-inline void* const kMapFailed = reinterpret_cast<void*>(~static_cast<uintptr_t>(0));
+inline void* const kMapFailed = MAP_FAILED;
 
 size_t slm_get_page_size();            // bytes
 uint64_t slm_page_off(uint64_t addr);  // bytes from the start of the address's page
