@@ -16,9 +16,17 @@ BUSYBOX = "/bin/busybox"
 # What /init uses from busybox. The scanner's own commands are never among them, except cat and rm.
 APPLETS = ("cat", "chmod", "cut", "grep", "ln", "ls", "mkdir", "mv", "poweroff", "rm", "sed", "sleep",
            "swapon", "tar", "tr", "uname")
-TOOLS = ("/usr/sbin/dmidecode", "/usr/bin/sg_inq", "/usr/bin/sg_map", "/usr/bin/lsblk",
-         "/usr/bin/lscpu", "/usr/bin/lspci", "/usr/sbin/fdisk", "/usr/sbin/ifconfig", "/usr/bin/ps",
-         "/usr/bin/kmod", "/bin/df", "/bin/mount", "/bin/hostname")
+# Programs of the guest and the Debian package each comes from.
+TOOLS = {
+    "/usr/sbin/dmidecode": "dmidecode", "/usr/bin/sg_inq": "sg3-utils",
+    "/usr/bin/sg_map": "sg3-utils", "/usr/bin/lsblk": "util-linux", "/usr/bin/lscpu": "util-linux",
+    "/usr/bin/lspci": "pciutils", "/usr/sbin/fdisk": "fdisk", "/usr/sbin/ifconfig": "net-tools",
+    "/usr/bin/ps": "procps", "/usr/bin/kmod": "kmod", "/usr/bin/df": "coreutils",
+    "/usr/bin/mount": "mount", "/usr/bin/hostname": "hostname", "/usr/sbin/ip": "iproute2",
+}
+# Names by which the scanner calls some of them.
+LINKS = {"sbin/modprobe": "kmod", "sbin/fdisk": "fdisk", "sbin/lspci": "lspci",
+         "sbin/ifconfig": "ifconfig", "sbin/ip": "ip", "bin/mount": "mount", "bin/ps": "ps"}
 HELPERS = ("port_access", "drive_geometry")
 MODULES = (
     "sym53c8xx", "ata_piix", "sd_mod", "sr_mod", "sg", "floppy", "e1000", "virtio_pci",
@@ -101,6 +109,7 @@ def build_initramfs(work, kernel, build_directory, helpers):
 
 
 def _add_commands(root):
+    need_program(BUSYBOX, "busybox-static")
     copy_program(SHELL, root)
     (root / "bin/sh").symlink_to("dash")
     shutil.copy2(BUSYBOX, root / "opt/busybox/busybox")
@@ -108,14 +117,12 @@ def _add_commands(root):
         (root / "opt/busybox" / applet).symlink_to("busybox")
     for applet in ("cat", "rm"):
         (root / "bin" / applet).symlink_to("../opt/busybox/busybox")
-    for tool in TOOLS:
-        need_program(tool, {"/usr/bin/kmod": "kmod", "/usr/sbin/ifconfig": "net-tools"}
-                     .get(tool, "of its name"))
+    for tool, package in TOOLS.items():
+        need_program(tool, package)
         copy_program(os.path.realpath(tool), root, root / tool.lstrip("/"))
-    copy_program(shutil.which("ip"), root, root / "sbin/ip")
-    (root / "sbin/modprobe").symlink_to("../usr/bin/kmod")
-    (root / "sbin/fdisk").symlink_to("../usr/sbin/fdisk")
-    (root / "sbin/lspci").symlink_to("../usr/bin/lspci")
+    for link, name in LINKS.items():
+        tool = next(path for path in TOOLS if path.endswith("/" + name))
+        (root / link).symlink_to(tool)
     (root / "usr/share/misc").mkdir(parents=True)
     shutil.copy2("/usr/share/misc/pci.ids", root / "usr/share/misc/pci.ids")
 
