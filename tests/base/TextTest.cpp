@@ -2,17 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
+#include "tests/support/TestLocale.h"
 
 namespace quenlor {
 namespace {
 
 TEST(Text, doublesAreReadWithADecimalPointInEveryLocale) {
-  if (std::setlocale(LC_NUMERIC, "de_DE.UTF-8") == nullptr) {
-    GTEST_SKIP() << "this machine has no locale with a decimal comma";
-  }
+  const test::CompiledLocale compiled("de_DE.UTF-8", "de_DE", "UTF-8");
+  if (!compiled) GTEST_SKIP() << "no localedef";
+  const test::ScopedLocale locale("de_DE.UTF-8");
+  ASSERT_DOUBLE_EQ(std::strtod("0,52", nullptr), 0.52);
   EXPECT_DOUBLE_EQ(parseDouble("0.52 0.58"), 0.52);
-  std::setlocale(LC_NUMERIC, "C");
 }
 
 TEST(Text, doublesEndWhereTheNumberEnds) {

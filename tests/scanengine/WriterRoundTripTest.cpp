@@ -16,8 +16,8 @@
 #include "com/model/ValueBlock.h"
 #include "scanengine/mifUtil.h"
 #include "scanengine/xmlUtil.h"
-#include "tests/com/model/TestLocale.h"
 #include "tests/scanengine/WriterTest.h"
+#include "tests/support/TestLocale.h"
 
 namespace quenlor {
 namespace {

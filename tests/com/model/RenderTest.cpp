@@ -13,7 +13,7 @@
 
 #include "com/model/ValueBlock.h"
 #include "com/model/VelTable.h"
-#include "tests/com/model/TestLocale.h"
+#include "tests/support/TestLocale.h"
 
 namespace quenlor {
 namespace {
