@@ -13,7 +13,10 @@ namespace {
 void openStandardDescriptors() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
     if (::fcntl(fd, F_GETFD) != -1 || errno != EBADF) continue;
-    ::open("/dev/null", fd == STDIN_FILENO ? O_RDONLY : O_WRONLY);
+    // Standard output only for reading: a document written to nowhere must show as a failed write.
+    const int mode = fd == STDERR_FILENO ? O_WRONLY : O_RDONLY;
+    // A root directory without devices still has itself to keep the number taken.
+    if (::open("/dev/null", mode) < 0) ::open("/", O_RDONLY | O_DIRECTORY);
   }
 }
 

@@ -34,7 +34,25 @@ TEST(ProcessStart, closedDescriptorsAreOpenedAtTheNullDevice) {
   EXPECT_TRUE(holdsInChild([] {
     for (const int fd : {0, 1, 2}) ::close(fd);
     prepareProcess();
-    return isNullDevice(0, O_RDONLY) && isNullDevice(1, O_WRONLY) && isNullDevice(2, O_WRONLY);
+    return isNullDevice(0, O_RDONLY) && isNullDevice(1, O_RDONLY) && isNullDevice(2, O_WRONLY);
+  }));
+}
+
+TEST(ProcessStart, writingToStandardOutputThatWasClosedFails_documentIsNotLostSilently) {
+  EXPECT_TRUE(holdsInChild([] {
+    ::close(1);
+    prepareProcess();
+    return ::write(1, "x", 1) == -1;
+  }));
+}
+
+TEST(ProcessStart, withoutNullDeviceTheDescriptorsAreTakenAllTheSame) {
+  if (::geteuid() != 0) GTEST_SKIP() << "chroot needs root";
+  EXPECT_TRUE(holdsInChild([] {
+    if (::chroot("/proc/self/fdinfo") != 0) return false;
+    for (const int fd : {0, 1, 2}) ::close(fd);
+    prepareProcess();
+    return ::write(1, "x", 1) == -1 && ::open("/", O_RDONLY | O_DIRECTORY) == 3;
   }));
 }
 
@@ -42,7 +60,7 @@ TEST(ProcessStart, nextFileOpenedDoesNotBecomeStandardOutput) {
   EXPECT_TRUE(holdsInChild([] {
     ::close(1);
     prepareProcess();
-    return ::open("/proc/version", O_RDONLY) > 2 && isNullDevice(1, O_WRONLY);
+    return ::open("/proc/version", O_RDONLY) > 2 && isNullDevice(1, O_RDONLY);
   }));
 }
 
