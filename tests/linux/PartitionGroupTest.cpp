@@ -14,6 +14,7 @@
 #include "base/Event.h"
 #include "com/timelimit/GetTableThread.h"
 #include "tests/com/timelimit/ConfiguredProgram.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/Rows.h"
 
@@ -404,6 +405,51 @@ TEST_F(PartitionGroupTest, twoHundredMountsTakeUnderATenthOfASecond) {
     best = std::min(best, std::chrono::steady_clock::now() - before);
   }
   EXPECT_LT(best, kTimeFor200Mounts);
+}
+
+class PartitionTraceTest : public PartitionGroupTest {
+ protected:
+  // The records of one collection.
+  std::vector<std::string> traced() {
+    const test::CapturedTraces traces;
+    collect<PartitionGroup>();
+    return traces.texts();
+  }
+};
+
+TEST_F(PartitionTraceTest, collectionIsFollowedFromMountsToSwapAreas) {
+  machine.files[kMtab] = "proc /proc proc rw 0 0\n/dev/hda1 / ext3 rw 0 1\n";
+  machine.files[kSwaps] = std::string(kSwapHeader) + "/dev/hda3 partition 530136 12044 -1\n";
+  addFileSystem("/", 250000, 100000);
+  EXPECT_EQ(traced(), (std::vector<std::string>{
+                          "MID entry linux/PartitionGroup.cpp getTable() hardware PartitionGroup",
+                          "MAX linux/PartitionGroup.cpp doEntry() hardware left out : /proc",
+                          "MAX linux/PartitionGroup.cpp doEntry() hardware f_frsize : 4096",
+                          "MAX linux/PartitionGroup.cpp doEntry() hardware f_blocks : 250000",
+                          "MAX linux/PartitionGroup.cpp doEntry() hardware totalsize :  1000000",
+                          "MAX linux/PartitionGroup.cpp doEntry() hardware freesize : 400000",
+                          "MAX linux/PartitionGroup.cpp getTable() hardware ..Adding swap "
+                          "partitions...",
+                          "MAX linux/PartitionGroup.cpp addSwapPartitions() hardware path: "
+                          "/dev/hda3",
+                          "MAX linux/PartitionGroup.cpp addSwapPartitions() hardware used: 12044",
+                          "MID exit linux/PartitionGroup.cpp getTable() hardware PartitionGroup",
+                      }));
+}
+
+TEST_F(PartitionTraceTest, swapListThatCannotBeUnderstoodIsTold) {
+  machine.files[kMtab] = "";
+  machine.files[kSwaps] = "";
+  EXPECT_EQ(traced().at(2),
+            "MIN linux/PartitionGroup.cpp addSwapPartitions() hardware Unexpected end of file");
+  machine.files[kSwaps] = "nonsense\n";
+  EXPECT_EQ(traced().at(2),
+            "MIN linux/PartitionGroup.cpp addSwapPartitions() hardware Unexpected file format");
+}
+
+TEST_F(PartitionTraceTest, missingMountTableIsTold) {
+  EXPECT_EQ(traced().back(),
+            "MIN linux/PartitionGroup.cpp getTable() hardware cannot open /etc/mtab");
 }
 
 class SwapListTest : public PartitionGroupTest {
