@@ -5,8 +5,9 @@ set -eu
 
 build='g++ cmake ninja-build python3 libexpat1-dev libspdlog-dev libfmt-dev'
 test="$build libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev clang-tidy
-      busybox-static cpio dmidecode dpkg-dev fdisk file git groff iproute2 kmod libxml2-utils lintian
-      man-db mandoc net-tools pci.ids pciutils procps qemu-system-x86 sg3-utils util-linux xz-utils zstd"
+      busybox-static cpio dmidecode dpkg-dev e2fsprogs fdisk file git groff hostname iproute2 kmod
+      libxml2-utils lintian locales man-db mandoc mount net-tools pci.ids pciutils procps
+      qemu-system-x86 sg3-utils util-linux xz-utils zstd"
 
 case "${1:-}" in
   build) wanted=$build ;;
