@@ -61,20 +61,30 @@ bool printCommonValue(FILE* file, uint32_t type, const unsigned char* value) {
 
 }  // namespace
 
-// The text in the locale's encoding, '?' for each character that it lacks.
 std::string toLocale(const wchar_t* text) {
   std::string bytes;
   std::mbstate_t state{};
+  const auto append = [&](wchar_t character) {
+    char converted[MB_LEN_MAX];
+    const size_t length = std::wcrtomb(converted, character, &state);
+    if (length == static_cast<size_t>(-1)) return false;
+    bytes.append(converted, length);
+    return true;
+  };
+  // Some encodings hold a character back until they know whether the next one joins it; the
+  // terminator, which is not ours to write, sets it free.
+  const auto release = [&] {
+    if (append(L'\0')) bytes.pop_back();
+    state = {};
+  };
   for (; *text != L'\0'; ++text) {
-    char character[MB_LEN_MAX];
-    const size_t length = std::wcrtomb(character, *text, &state);
-    if (length == static_cast<size_t>(-1)) {
-      bytes += '?';
-      state = {};
-    } else {
-      bytes.append(character, length);
-    }
+    const std::mbstate_t before = state;
+    if (append(*text)) continue;
+    state = before;
+    release();
+    bytes += '?';
   }
+  release();
   return bytes;
 }
 

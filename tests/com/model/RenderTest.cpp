@@ -212,6 +212,17 @@ TEST(RenderTest, charactersThatTheLocaleLacksBecomeQuestionMarks) {
             "M?ller?!");
 }
 
+// 0x8866 alone, and 0x8862 for two characters: the first one waits for what follows it.
+TEST(RenderTest, characterThatAnEncodingHoldsBackIsNotLost) {
+  const CompiledLocale compiled("zh_HK.BIG5-HKSCS", "zh_HK", "BIG5-HKSCS");
+  if (!compiled) GTEST_SKIP() << "no localedef";
+  const ScopedLocale locale("zh_HK.BIG5-HKSCS");
+  ASSERT_TRUE(locale);
+  EXPECT_EQ(fileText("a\x88\x66"), "a\x88\x66");
+  EXPECT_EQ(fileText("\x88\x62z"), "\x88\x62z");
+  EXPECT_EQ(toLocale(L"\xCA\x1F600z"), "\x88\x66?z");
+}
+
 TEST(RenderTest, storedCountOfZeroPrintsNothing) {
   const unsigned char velString[8] = {};
   EXPECT_EQ(written([&](FILE* file) { PrintVelStringToFile(file, velString); }), "");
