@@ -57,7 +57,7 @@ constexpr velAttribDef PROCESSOR_ATTRS_DEF[] = {
     number(6, "ExternalClockSpeed"),
     text(7, "Manufacturer", 128),
     text(8, "Serial Number", 64),
-    // A text with a table: writers apply tables to numbers only, so these texts are never values.
+    // Listed as a text, collected as a number: the table gives the number its text in XML.
     text(9, "Interface", 32, PROCESSOR_INTERFACE_ENUM_DEF),
     number(10, "Chip Family"),
     number(11, "Chip Model"),
