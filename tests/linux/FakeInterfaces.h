@@ -12,6 +12,7 @@
 #include <cstring>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/FakeHost.h"
@@ -38,6 +39,16 @@ inline std::vector<FakeInterface> ethernets(int count) {
   }
   return interfaces;
 }
+
+// Remembers domain and type of the sockets asked for.
+class SocketRecorder : public FakeHost {
+ public:
+  int socket(int domain, int type, int protocol) override {
+    sockets.emplace_back(domain, type);
+    return FakeHost::socket(domain, type, protocol);
+  }
+  std::vector<std::pair<int, int>> sockets;
+};
 
 // Answers as the kernel does: records of sizeof(ifreq), as many whole ones as fit.
 class FakeInterfaces {

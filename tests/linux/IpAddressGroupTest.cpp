@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/CapturedTraces.h"
 #include "tests/linux/FakeInterfaces.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/Rows.h"
 
 namespace quenlor {
@@ -31,15 +31,6 @@ constexpr uint32_t kGateway = 6;
 constexpr uint32_t kMac = 10;
 constexpr uint32_t kIpv6 = 11;
 
-class SocketRecorder : public test::FakeHost {
- public:
-  int socket(int domain, int type, int protocol) override {
-    sockets.emplace_back(domain, type);
-    return FakeHost::socket(domain, type, protocol);
-  }
-  std::vector<std::pair<int, int>> sockets;
-};
-
 class IpAddressGroupTest : public ::testing::Test {
  protected:
   ~IpAddressGroupTest() override {
@@ -54,7 +45,7 @@ class IpAddressGroupTest : public ::testing::Test {
     return rows.empty() ? RowValues{} : rows[0];
   }
 
-  SocketRecorder machine;
+  test::SocketRecorder machine;
   test::FakeInterfaces network{machine};
 };
 

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/CapturedTraces.h"
 #include "tests/linux/FakeInterfaces.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/Rows.h"
 
 namespace quenlor {
@@ -25,20 +25,11 @@ constexpr uint32_t kIndex = 1;
 constexpr uint32_t kType = 5;
 constexpr uint32_t kModel = 6;
 
-class SocketRecorder : public test::FakeHost {
- public:
-  int socket(int domain, int type, int protocol) override {
-    sockets.emplace_back(domain, type);
-    return FakeHost::socket(domain, type, protocol);
-  }
-  std::vector<std::pair<int, int>> sockets;
-};
-
 class NetworkAdapterGroupTest : public ::testing::Test {
  protected:
   ~NetworkAdapterGroupTest() override { EXPECT_EQ(machine.openDescriptors(), 0); }
 
-  SocketRecorder machine;
+  test::SocketRecorder machine;
   test::FakeInterfaces network{machine};
 };
 
