@@ -57,10 +57,10 @@ constexpr const char* kSchemaHead =
 <!-- The inventory document of quenlor. Generated from the program's catalogue. -->
 <xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema" elementFormDefault="qualified">
 
-  <!-- Local time with microseconds, which are always zero. -->
+  <!-- Local time with microseconds, which are always zero; empty for a year beyond 9999. -->
   <xs:simpleType name="dateTime">
     <xs:restriction base="xs:string">
-      <xs:pattern value="[0-9]{4}-[0-9]{2}-[0-9]{2}-[0-9]{2}\.[0-9]{2}\.[0-9]{2}\.0{6}"/>
+      <xs:pattern value="([0-9]{4}-[0-9]{2}-[0-9]{2}-[0-9]{2}\.[0-9]{2}\.[0-9]{2}\.0{6})?"/>
     </xs:restriction>
   </xs:simpleType>
 
@@ -228,39 +228,58 @@ std::string cell(const std::string& text) {
 }
 
 // Takes each text used out of texts, so that what remains has no attribute.
-int printFields(FieldTexts texts) {
-  int problems = 0;
+class TextTaker {
+ public:
+  explicit TextTaker(FieldTexts texts) : m_texts(std::move(texts)) {}
+
+  // The group's own text stands under an empty attribute name.
+  FieldText take(const std::string& group, const std::string& attribute) {
+    const auto found = m_texts.extract({group, attribute});
+    if (!found.empty()) return found.mapped();
+    complain("no text", group, attribute);
+    return {};
+  }
+
+  // Number of texts that were missing or left over.
+  int problems() {
+    for (const auto& [key, text] : m_texts) complain("no such attribute", key.first, key.second);
+    m_texts.clear();
+    return m_problems;
+  }
+
+ private:
+  void complain(const char* what, const std::string& group, const std::string& attribute) {
+    std::cerr << what << ": " << group << ": " << attribute << '\n';
+    ++m_problems;
+  }
+
+  FieldTexts m_texts;
+  int m_problems = 0;
+};
+
+int printFields(FieldTexts fieldTexts) {
+  TextTaker texts(std::move(fieldTexts));
   std::cout
       << "<!-- Generated from the catalogue and data/fields.tsv by `cmake --build build/release "
          "--target fields`. -->\n# Fields of the inventory\n\n"
          "Elements of the XML document are named after these names without blanks and other "
          "punctuation.\nA key attribute tells the rows of its group apart. The length of a text "
-         "is what a reader should provide for;\nlonger texts are not cut.\n";
+         "is what a reader should provide for;\nlonger texts are not cut. \"Absent\" speaks of "
+         "the rows that are there.\n";
   forEachGroup([&](const velGroupDef& group) {
-    std::cout
-        << "\n## " << group.name << "\n\n"
-        << (group.keys == nullptr ? "One row." : "One row each.")
-        << "\n\n| Id | Attribute | Type | Unit | Source | Absent |\n|---|---|---|---|---|---|\n";
+    const FieldText rows = texts.take(group.name, "");
+    std::cout << "\n## " << group.name << "\n\n"
+              << rows.source << ". " << rows.absent << ".\n\n"
+              << "| Id | Attribute | Type | Unit | Source | Absent |\n|---|---|---|---|---|---|\n";
     forEachAttribute(group, [&](const velAttribDef& attrib) {
-      const auto found = texts.find({group.name, attrib.name});
-      if (found == texts.end()) {
-        std::cerr << "no field text: " << group.name << ": " << attrib.name << '\n';
-        ++problems;
-        return;
-      }
-      const FieldText& text = found->second;
+      const FieldText text = texts.take(group.name, attrib.name);
       std::cout << "| " << attrib.id << " | " << attrib.name
                 << (isKey(group, attrib.id) ? " (key)" : "") << " | " << typeText(attrib) << " | "
                 << cell(text.unit) << " | " << cell(text.source) << " | " << cell(text.absent)
                 << " |\n";
-      texts.erase(found);
     });
   });
-  for (const auto& [key, text] : texts) {
-    std::cerr << "no such attribute: " << key.first << ": " << key.second << '\n';
-    ++problems;
-  }
-  return problems == 0 ? 0 : 1;
+  return texts.problems() == 0 ? 0 : 1;
 }
 
 // Id, name and element name of every group, for tests.
