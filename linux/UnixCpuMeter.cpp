@@ -1,9 +1,9 @@
 #include "linux/UnixCpuMeter.h"
 
-#include <array>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 
 #include "base/Text.h"
 #include "host/Handles.h"
@@ -27,6 +27,19 @@ bool firstWordContains(const char* line, const char* text) {
   return std::string(start, length).find(text) != std::string::npos;
 }
 
+// The columns behind the line's name, up to the first that is no number; the rest stay as they are.
+void readColumns(const char* line, std::initializer_list<long long*> columns) {
+  line += std::strspn(line, kBlanks);
+  line += std::strcspn(line, kBlanks);
+  for (long long* column : columns) {
+    char* end = nullptr;
+    const long long number = std::strtoll(line, &end, 10);
+    if (end == line) return;
+    *column = number;
+    line = end;
+  }
+}
+
 // A column that the kernel does not print stays -1: dividing it would turn "absent" into 0.
 long long perProcessor(long long total, long long processors) {
   return total == -1 || processors <= 0 ? -1 : total / processors;
@@ -37,9 +50,8 @@ long long perProcessor(long long total, long long processors) {
 bool ProcStatParser::addLine(const char* line) {
   if (!m_totalsSeen) {
     m_totalsSeen = true;
-    std::array<char, kLineSize> name{};
-    std::sscanf(line, "%1023s %lld %lld %lld %lld %lld", name.data(), &m_result.user,
-                &m_result.nice, &m_result.system, &m_result.idle, &m_result.wait);
+    readColumns(line,
+                {&m_result.user, &m_result.nice, &m_result.system, &m_result.idle, &m_result.wait});
     return true;
   }
   if (!firstWordContains(line, "cpu")) return false;

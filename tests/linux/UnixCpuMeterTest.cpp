@@ -2,13 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
-#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 #include "linux/CpuMeterGroup.h"
 #include "linux/UnixCpuMeterGroup.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/Rows.h"
+#include "tests/support/TestLocale.h"
 
 namespace quenlor {
 namespace {
@@ -26,6 +28,8 @@ constexpr const char* kTwoProcessors =
 
 class UnixCpuMeterTest : public ::testing::Test {
  protected:
+  ~UnixCpuMeterTest() override { EXPECT_EQ(machine.openDescriptors(), 0); }
+
   FakeHost machine;
 };
 
@@ -50,6 +54,15 @@ TEST_F(UnixCpuMeterTest, kernelWithoutIowaitHasNoWaitTime) {
   EXPECT_EQ(rows[0], (RowValues{{1, "2500"}, {2, "500"}, {4, "150"}}));
 }
 
+TEST_F(UnixCpuMeterTest, columnsEndAtTheFirstThatIsNoNumber) {
+  machine.files["/proc/stat"] = "  cpu\t1000 20 x 5000 40\ncpu0 1\ncpu1 1\n";
+  EXPECT_EQ(collect<CpuMeterGroup>()[0], (RowValues{{2, "500"}}));
+  machine.files["/proc/stat"] = "cpu\ncpu0 1\n";
+  EXPECT_EQ(collect<CpuMeterGroup>()[0], RowValues{});
+  machine.files["/proc/stat"] = "\ncpu0 1\n";
+  EXPECT_EQ(collect<CpuMeterGroup>()[0], RowValues{});
+}
+
 TEST_F(UnixCpuMeterTest, statWithoutProcessorLinesLeavesTheTimesOut) {
   machine.files["/proc/stat"] = "cpu  1000 20 300 5000 40\nintr 1\n";
   EXPECT_EQ(collect<CpuMeterGroup>()[0], RowValues{});
@@ -68,6 +81,17 @@ TEST_F(UnixCpuMeterTest, upTimeIsUnknownWithoutAnumber) {
   }
 }
 
+TEST_F(UnixCpuMeterTest, upTimeBeyond32BitsIsNoUpTime) {
+  const auto upTimeOf = [this](const std::string& text) {
+    machine.files["/proc/uptime"] = text;
+    return UnixCpuMeter().readSystemUpTime();
+  };
+  EXPECT_EQ(upTimeOf("2147483647.99 0\n"), 214748364700);
+  EXPECT_EQ(upTimeOf("2147483648 0\n"), -1);
+  EXPECT_EQ(upTimeOf("9223372036854775807 0\n"), -1);
+  EXPECT_EQ(upTimeOf("-9223372036854775808 0\n"), -1);
+}
+
 TEST_F(UnixCpuMeterTest, missingFilesLeaveEmptyRows) {
   EXPECT_EQ(collect<CpuMeterGroup>(), std::vector<RowValues>{RowValues{}});
   EXPECT_EQ(collect<UnixCpuMeterGroup>(), std::vector<RowValues>{RowValues{}});
@@ -82,6 +106,29 @@ TEST_F(UnixCpuMeterTest, loadAveragesAreReadWithoutFinalNewline) {
 TEST_F(UnixCpuMeterTest, missingWordsLeaveTheirAverageOut) {
   machine.files["/proc/loadavg"] = "0.52";
   EXPECT_EQ(collect<UnixCpuMeterGroup>()[0], (RowValues{{1, "0.520000"}}));
+}
+
+TEST_F(UnixCpuMeterTest, blanksAndNewlineAreNoWords) {
+  for (const char* text : {"", "\n", "  \n"}) {
+    machine.files["/proc/loadavg"] = text;
+    EXPECT_EQ(collect<UnixCpuMeterGroup>()[0], RowValues{}) << text;
+  }
+  machine.files["/proc/loadavg"] = "0.52 0.18 \n";
+  EXPECT_EQ(collect<UnixCpuMeterGroup>()[0], (RowValues{{1, "0.520000"}, {2, "0.180000"}}));
+}
+
+TEST_F(UnixCpuMeterTest, decimalPointIsReadInALocaleWithAComma) {
+  const std::string source = testing::TempDir() + "quenlor-decimal-comma";
+  std::ofstream(source) << "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3\n"
+                           "END LC_NUMERIC\n";
+  const test::CompiledLocale compiled("xx_YY", source, "ANSI_X3.4-1968");
+  std::filesystem::remove(source);
+  if (!compiled) GTEST_SKIP() << "no localedef";
+  const test::ScopedLocale locale("xx_YY");
+  ASSERT_EQ(std::strtod("0,5", nullptr), 0.5);
+  machine.files["/proc/loadavg"] = "0.52 0.18 0.12 1/80 11206\n";
+  EXPECT_EQ(collect<UnixCpuMeterGroup>()[0],
+            (RowValues{{1, "0.520000"}, {2, "0.180000"}, {3, "0.120000"}}));
 }
 
 TEST_F(UnixCpuMeterTest, minusOneIsUnknownButNotANumberIsReported) {
