@@ -9,11 +9,13 @@ from pathlib import Path
 from harness import facts, namespace
 from harness.documents import with_placeholders
 from harness.machine import DOCUMENT_OPTIONS
-from harness.stage import INSTALL, KERNEL, SCAN_CONFIGURATION, changes, snapshot
+from harness.stage import (
+    INSTALL, KERNEL, SCAN_CONFIGURATION, SUPPRESSIONS, changes, snapshot)
 
 PATH = "/usr/sbin:/usr/bin:/sbin:/bin"
 SANITIZED_SLOWDOWN = 10
-SANITIZER_OPTIONS = {"ASAN_OPTIONS": "detect_leaks=1", "TSAN_OPTIONS": "halt_on_error=1"}
+SANITIZER_OPTIONS = {"ASAN_OPTIONS": "detect_leaks=1",
+                     "TSAN_OPTIONS": f"halt_on_error=1:suppressions=/{SUPPRESSIONS}"}
 
 
 class Scan:
@@ -30,7 +32,7 @@ class Scan:
         return [f"{kind}: {line}" for line in complaints]
 
     def check_traced(self):
-        """With full tracing the document is the same, and every record begins as all do."""
+        """With full tracing there is a trace, and the document is the same."""
         settings = self._root / INSTALL / "DovTrace.properties"
         trace = self._root / "tmp/trace"
         settings.write_text("trace.level = MAX\ntrace.file = /tmp/trace\ntrace.size = 100000000\n")

@@ -14,6 +14,10 @@ from harness.utmp import utmp_record
 INSTALL = "opt/quenlor"
 # Where sanitizer runtimes find the kernel's own /proc, out of the scanner's sight.
 KERNEL = ".kernel"
+# What the thread sanitizer reports of code that is not the scanner's.
+SUPPRESSIONS = ".suppressions"
+# glibc guards its resolver state with a lock of its own that the sanitizer cannot see.
+SUPPRESSED = "race:__libc_dynarray_emplace_enlarge\n"
 SCAN_CONFIGURATION = "etc/scan-groups.xml"
 # The shell that popen starts. Not busybox: its shell would run its own applets (mount, ifconfig,
 # ps ...) in place of the machine's commands, or of their absence.
@@ -55,6 +59,7 @@ class Stage:
         (self._root / KERNEL).mkdir()
         namespace.mount("proc", self._root / KERNEL, "proc")
         (self._root / "proc/self").symlink_to(f"/{KERNEL}/self")
+        (self._root / SUPPRESSIONS).write_text(SUPPRESSED)
 
     def _add_dev_null(self):
         # A bind mount, since mknod is refused in a user namespace.
