@@ -24,7 +24,7 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr char kShell[] = "/bin/sh";
-constexpr char kNoInput[] = "/dev/null";
+constexpr char kNowhere[] = "/dev/null";
 constexpr char kLocaleVariable[] = "LC_ALL=";
 constexpr char kLocaleOfChildren[] = "LC_ALL=C";
 
@@ -65,11 +65,16 @@ std::optional<Pipe> makePipe() {
 // Something that reads as empty. A root directory without devices has no /dev/null; there a pipe
 // that nobody writes to serves as well.
 OwnedDescriptor openNoInput() {
-  OwnedDescriptor null(::open(kNoInput, O_RDONLY | O_CLOEXEC));
+  OwnedDescriptor null(::open(kNowhere, O_RDONLY | O_CLOEXEC));
   if (null.get() >= 0) return null;
   std::optional<Pipe> pipe = makePipe();
   return pipe ? std::move(pipe->readEnd) : OwnedDescriptor();
 }
+
+// Where commands complain: on most machines some of them are missing, and what their shell says of
+// it would bury the scanner's own messages. Without /dev/null the complaints stay on our standard
+// error.
+OwnedDescriptor openNoErrors() { return OwnedDescriptor(::open(kNowhere, O_WRONLY | O_CLOEXEC)); }
 
 // Our environment, in a locale whose texts the parsers know. Ours itself stays as it is.
 std::vector<char*> childEnvironment() {
@@ -87,7 +92,7 @@ std::vector<char*> childEnvironment() {
 // What the child gets instead of our own signal state and standard streams.
 class SpawnSettings {
  public:
-  SpawnSettings(int input, int output) {
+  SpawnSettings(int input, int output, int errors) {
     posix_spawnattr_init(&m_attributes);
     posix_spawn_file_actions_init(&m_actions);
     sigset_t every;
@@ -99,9 +104,10 @@ class SpawnSettings {
     posix_spawnattr_setpgroup(&m_attributes, 0);  // a group of its own, named after the child
     posix_spawnattr_setflags(
         &m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-    // Both descriptors lie above 2, since prepareProcess() has opened the standard ones.
+    // The descriptors lie above 2, since prepareProcess() has opened the standard ones.
     posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&m_actions, input, STDIN_FILENO);
+    if (errors >= 0) posix_spawn_file_actions_adddup2(&m_actions, errors, STDERR_FILENO);
   }
   ~SpawnSettings() {
     posix_spawn_file_actions_destroy(&m_actions);
@@ -215,10 +221,12 @@ FILE* CommandRunner::start(const char* commandLine) {
   const Clock::time_point deadline = Clock::now() + m_ceiling;
   std::optional<Pipe> pipe = makePipe();
   const OwnedDescriptor input = openNoInput();
+  const OwnedDescriptor errors = openNoErrors();
   if (!pipe || input.get() < 0) return nullptr;
 
   pid_t pid = -1;
-  const int error = SpawnSettings(input.get(), pipe->writeEnd.get()).spawn(commandLine, &pid);
+  const int error =
+      SpawnSettings(input.get(), pipe->writeEnd.get(), errors.get()).spawn(commandLine, &pid);
   if (error != 0) {
     errno = error;
     return nullptr;

@@ -72,8 +72,9 @@ class Host {
   virtual int fstatvfs(int fd, struct statvfs* out) = 0;           // as fstatvfs
 
   // --- commands ---
-  // As popen(commandLine, "r"), with standard input from /dev/null, LC_ALL=C in the child and a
-  // ceiling of 60 seconds after which the child's process group is killed and the output ends.
+  // As popen(commandLine, "r"), with standard input and error at /dev/null, LC_ALL=C in the child
+  // and a ceiling of 60 seconds after which the child's process group is killed and the output
+  // ends.
   virtual FILE* popen(const char* commandLine) = 0;
   // As pclose: the wait status. The child is reaped, and killed if it outlives the ceiling.
   virtual int pclose(FILE* stream) = 0;

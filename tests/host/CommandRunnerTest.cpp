@@ -199,10 +199,11 @@ TEST_F(CommandRunnerTest, standardInputIsEmpty) {
   EXPECT_EQ(run(runner, "cat; readlink /proc/self/fd/0").output, "/dev/null\n");
 }
 
-TEST_F(CommandRunnerTest, standardErrorIsOurs) {
+TEST_F(CommandRunnerTest, complaintsOfCommandsGoNowhere_redirectionsStillWork) {
   ::testing::internal::CaptureStderr();
-  EXPECT_EQ(run(runner, "echo oops >&2").output, "");
-  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "oops\n");
+  EXPECT_EQ(run(runner, "echo oops >&2; missing-command").output, "");
+  EXPECT_EQ(run(runner, "{ echo oops >&2; } 2>&1").output, "oops\n");
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
 }
 
 TEST_F(CommandRunnerTest, childRunsInTheCLocale_ourEnvironmentStays) {
