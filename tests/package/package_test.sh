@@ -10,6 +10,7 @@ fail() { echo "FAILED: $*" >&2; exit 1; }
 command -v dpkg >/dev/null || fail "no dpkg: the package cannot be tested here"
 command -v lintian >/dev/null || fail "no lintian: the package cannot be checked here"
 [ "$(id -u)" -eq 0 ] || fail "installing a package needs root"
+[ ! -e /etc/quenlor ] || fail "quenlor is installed here, and the test would remove it"
 
 (cd "$build" && cpack -G DEB -B "$work" > "$work/cpack.log" 2>&1) || { cat "$work/cpack.log"; fail cpack; }
 package=$(echo "$work"/quenlor_*_amd64.deb)
@@ -17,7 +18,8 @@ package=$(echo "$work"/quenlor_*_amd64.deb)
 dpkg-deb --info "$package"
 lintian --fail-on error --allow-root "$package" || fail "lintian has errors"
 
-dpkg -i "$package"
+# Slim container images leave manuals and documents of packages out.
+dpkg --path-include='/usr/share/*' -i "$package"
 remove() { dpkg --purge quenlor >/dev/null 2>&1 || true; rm -rf "$work"; }
 trap remove EXIT
 
