@@ -56,6 +56,7 @@ TEST(GetGateway, commentBeforeTheKeyHidesTheLine) {
   EXPECT_EQ(gatewayOf("  # GATEWAY=10.1.1.1\n", "GATEWAY"), "none");
   EXPECT_EQ(gatewayOf("GATEWAY=10.1.1.1 # main\n", "GATEWAY"), "10.1.1.1");
   EXPECT_EQ(gatewayOf("GATEWAY=#10.1.1.1\n", "GATEWAY"), "10.1.1.1");
+  EXPECT_EQ(gatewayOf("#GATEWAY=10.1.1.1\n", "#GATEWAY"), "none");
 }
 
 TEST(GetGateway, keyMayStandAnywhereInTheLine) {

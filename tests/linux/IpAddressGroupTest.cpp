@@ -1,6 +1,6 @@
 #include "linux/IpAddressGroup.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -310,6 +310,24 @@ TEST_F(IpAddressGroupTest, tracesEachInterfaceInTurn) {
   EXPECT_EQ(traces.count("hardware nameserver1= 10.0.0.9"), 3);
   EXPECT_EQ(traces.count("hardware done parsing resolv.conf..."), 3);
   EXPECT_EQ(traces.count("hardware IpAddressGroup"), 2);
+}
+
+TEST_F(IpAddressGroupTest, entryAndExitStandAroundDetails) {
+  network.interfaces = ethernets(2);
+  const test::CapturedTraces traces;
+  collect<IpAddressGroup>();
+  std::vector<std::string> records = traces.texts();
+  ASSERT_GE(records.size(), 3U);
+  EXPECT_EQ(records.front(),
+            "MID entry linux/IpAddressGroup.cpp getTable() hardware IpAddressGroup");
+  EXPECT_EQ(records.back(), "MID exit linux/IpAddressGroup.cpp getTable() hardware IpAddressGroup");
+  records.pop_back();
+  records.erase(records.begin());
+  EXPECT_THAT(
+      records,
+      testing::Each(testing::AnyOf(
+          testing::StartsWith("MAX linux/IpAddressGroup.cpp getTable() hardware "),
+          testing::StartsWith("MAX linux/IpAddressGroup.cpp getDefaultGateway() hardware "))));
 }
 
 }  // namespace

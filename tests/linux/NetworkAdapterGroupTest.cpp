@@ -1,6 +1,6 @@
 #include "linux/NetworkAdapterGroup.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/socket.h>
 
 #include <memory>
@@ -149,6 +149,23 @@ TEST_F(NetworkAdapterGroupTest, tracesWhatItAsksAndFinds) {
     last = position;
   }
   EXPECT_EQ(traces.count("hardware NetworkAdapterGroup"), 2);
+}
+
+TEST_F(NetworkAdapterGroupTest, entryAndExitStandAroundDetails) {
+  network.interfaces = ethernets(2);
+  const test::CapturedTraces traces;
+  collect<NetworkAdapterGroup>();
+  std::vector<std::string> records = traces.texts();
+  ASSERT_GE(records.size(), 3U);
+  EXPECT_EQ(records.front(),
+            "MID entry linux/NetworkAdapterGroup.cpp getTable() hardware NetworkAdapterGroup");
+  EXPECT_EQ(records.back(),
+            "MID exit linux/NetworkAdapterGroup.cpp getTable() hardware NetworkAdapterGroup");
+  records.pop_back();
+  records.erase(records.begin());
+  EXPECT_THAT(
+      records,
+      testing::Each(testing::StartsWith("MAX linux/NetworkAdapterGroup.cpp getTable() hardware ")));
 }
 
 }  // namespace

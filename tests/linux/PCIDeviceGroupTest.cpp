@@ -1,10 +1,11 @@
 #include "linux/PCIDeviceGroup.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <csignal>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
@@ -104,16 +105,18 @@ TEST_F(PCIDeviceGroupTest, noShellIsNoTable) {
   machine.unstartableCommands.insert(kLspci);
   const CapturedTraces traces;
   EXPECT_EQ(table(), nullptr);
-  EXPECT_EQ(traces.count("hardware could not obtain pci devices informations."), 1);
+  EXPECT_THAT(traces.texts(),
+              testing::Contains("MIN linux/PCIDeviceGroup.cpp getTable() hardware could not obtain "
+                                "pci devices informations."));
 }
 
 TEST_F(PCIDeviceGroupTest, lspciKilledBySignalKeepsItsRowsAndIsTraced) {
   machine.commands[kLspci] = {kTwoDevices, SIGSEGV | 0x80};
   const CapturedTraces traces;
   EXPECT_EQ(table()->getNumRows(), 2U);
-  EXPECT_EQ(traces.count("hardware PCIDeviceGroup: '/sbin/lspci -m 2>/dev/null' exit abnormally. "
-                         "return code = 0"),
-            1);
+  EXPECT_THAT(traces.texts(),
+              testing::Contains("MIN linux/PCIDeviceGroup.cpp getTable() hardware PCIDeviceGroup: "
+                                "'/sbin/lspci -m 2>/dev/null' exit abnormally. return code = 0"));
 }
 
 TEST_F(PCIDeviceGroupTest, lspciThatPrintsRubbishIsAnEmptyTable) {
@@ -160,6 +163,21 @@ TEST_F(PCIDeviceGroupTest, tracesItsSourcesAndLines) {
     EXPECT_GT(position, last) << text;
     last = position;
   }
+}
+
+TEST_F(PCIDeviceGroupTest, entryAndExitStandAroundDetails) {
+  machine.commands[kLspci].output = kTwoDevices;
+  const CapturedTraces traces;
+  table();
+  std::vector<std::string> records = traces.texts();
+  ASSERT_GE(records.size(), 3U);
+  EXPECT_EQ(records.front(),
+            "MID entry linux/PCIDeviceGroup.cpp getTable() hardware PCIDeviceGroup");
+  EXPECT_EQ(records.back(), "MID exit linux/PCIDeviceGroup.cpp getTable() hardware PCIDeviceGroup");
+  records.pop_back();
+  records.erase(records.begin());
+  EXPECT_THAT(records, testing::Each(testing::StartsWith(
+                           "MAX linux/PCIDeviceGroup.cpp getTable() hardware PCIDeviceGroup: ")));
 }
 
 TEST_F(PCIDeviceGroupTest, tracesTheStatesOfProcPci) {

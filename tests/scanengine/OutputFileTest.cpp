@@ -6,6 +6,7 @@
 #include "scanengine/mifUtil.h"
 #include "scanengine/xmlUtil.h"
 #include "tests/scanengine/WriterTest.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
 
 namespace quenlor {
@@ -225,23 +226,21 @@ TEST_P(OutputFileTest, everyStepClosesItsFile) {
 }
 
 TEST_P(OutputFileTest, failuresAndResultsAreTraced) {
-  test::writeFile(m_folder.path("DovTrace.properties"), "trace.file=trace.log\ntrace.level=MAX\n");
-  CcLogWrapper::initialize(m_folder.path("DovTrace.properties").c_str());
+  const bool isXml = std::string(GetParam().name) == "Xml";
+  const std::string writer = isXml ? "xmlUtil" : "mifUtil";
+  const std::string document = isXml ? "HARDWAREXML" : "HARDWAREMIF";
+  const std::string at = "scanengine/" + writer + (isXml ? ".cpp printXML() " : ".cpp printMif() ");
+  const test::CapturedTraces traces;
   table(m_folder.path("missing/out"));
   table(m_folder.path("out"));
-  CcLogWrapper::cleanupInstances();
-  const std::string trace = contentOf(m_folder.path("trace.log"));
-  CcLogWrapper::initialize(nullptr);
-
-  const std::string upper = std::string(GetParam().name) == "Xml" ? "XML" : "MIF";
-  const std::string util = std::string(GetParam().name) == "Xml" ? "xmlUtil" : "mifUtil";
-  EXPECT_THAT(
-      trace, HasSubstr("hardware " + util + ":failure in opening HARDWARE" + upper + " errno = 2"));
-  EXPECT_THAT(trace, HasSubstr("hardware failure in opening HARDWARE" + upper + " again"));
-  EXPECT_THAT(trace, HasSubstr("hardware return rc = 11"));
-  EXPECT_THAT(trace, HasSubstr("hardware return rc = 0"));
-  EXPECT_THAT(trace, HasSubstr("../../../src/invscan/scanengine/" + util + ".cpp"));
-  EXPECT_THAT(trace, HasSubstr(upper == "XML" ? "printXML()" : "printMif()"));
+  EXPECT_THAT(traces.texts(),
+              testing::ElementsAre(
+                  "MID entry " + at + "hardware",
+                  "MID entry " + at + "hardware " + writer + ":failure in opening " + document +
+                      " errno = 2",
+                  "MIN " + at + "hardware failure in opening " + document + " again",
+                  "MID exit " + at + "hardware return rc = 11", "MID entry " + at + "hardware",
+                  "MID exit " + at + "hardware return rc = 0"));
 }
 
 }  // namespace
