@@ -42,6 +42,12 @@ bool isBogus(std::string_view text) {
                      [text](const char* bogus) { return text.find(bogus) != text.npos; });
 }
 
+// The file is closed before anyone looks at the text: one of another format ends the process.
+std::optional<std::string> textOfFile(const char* path) {
+  const FileStream file = openFile(path);
+  return file ? std::optional(readDumpText(file.get())) : std::nullopt;
+}
+
 // The signed comparison makes this true for everything above 127 as well.
 bool endsText(char c) { return static_cast<signed char>(c) < ' '; }
 
@@ -215,9 +221,9 @@ void SMBIOSTable::traceProcessors() const {
 }
 
 void SMBIOSTable::readBytesFromFile(const char* path) {
-  const FileStream file = openFile(path);
-  if (!file) return;
-  std::optional<TableDump> dump = parseDump(readDumpText(file.get()));
+  const std::optional<std::string> text = textOfFile(path);
+  if (!text) return;
+  std::optional<TableDump> dump = parseDump(*text);
   if (!dump) {
     std::printf("\nERROR - Invalid file format.");
     std::exit(-1);
