@@ -3,10 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
-#include <unistd.h>
+#include <stdlib.h>
 
 #include <chrono>
 #include <condition_variable>
+#include <filesystem>
 #include <fstream>
 #include <mutex>
 
@@ -21,9 +22,7 @@ namespace {
 
 using test::FakeHost;
 using test::ScriptedSgDevice;
-using ::testing::AllOf;
 using ::testing::Contains;
-using ::testing::ElementsAre;
 using ::testing::Not;
 using Clock = std::chrono::steady_clock;
 
@@ -33,13 +32,13 @@ constexpr const char* kUnload = "/sbin/modprobe --first-time -r sg 2>/dev/null";
 
 // Configures the time limit of collections for the process.
 void setLimit(int milliseconds) {
-  const std::string directory =
-      ::testing::TempDir() + "quenlor-storage-" + std::to_string(getpid());
+  std::string directory = ::testing::TempDir() + "quenlor-storage-XXXXXX";
+  ASSERT_NE(mkdtemp(directory.data()), nullptr);
   const std::string program = directory + "/quenlor";
-  ASSERT_EQ(std::system(("mkdir -p " + directory).c_str()), 0);
   std::ofstream(program) << "";
   std::ofstream(directory + "/quenlor.conf") << "hwscanner.timeout = " << milliseconds << "\n";
   DovCfg::initialize(program.c_str());
+  std::filesystem::remove_all(directory);
   ASSERT_EQ(DovCfg::getError(), 0);
 }
 
