@@ -238,6 +238,16 @@ TEST_F(SMBIOSTableTest, structuresBehindAMemoryArrayAreFound) {
   }
 }
 
+// One byte behind it is skipped whatever it holds.
+TEST_F(SMBIOSTableTest, byteBehindAMemoryArrayIsNeverRead) {
+  std::string bytes(
+      "\x10\x0F\0\0\x03\x03\x05\0\0\x40\0\xFE\xFF\x04\0"
+      "x",
+      16);
+  bytes += table().add(test::System{.product = "P"}).bytes();
+  EXPECT_STREQ(parse(bytes, 2).getTable1()->getProduct(), "P");
+}
+
 // --- strings ---
 
 TEST_F(SMBIOSTableTest, emptyStringSetHasOneEmptyString) {
