@@ -22,6 +22,14 @@ function(quenlor_library name)
   target_link_libraries(quenlor_${name} PUBLIC quenlor_flags ${depends} PRIVATE ${private})
 endfunction()
 
+# The headers that every test includes, compiled once; they are half of what compiling a test costs.
+function(quenlor_test_headers)
+  add_executable(test_headers "${PROJECT_SOURCE_DIR}/tests/support/TestHeaders.cpp")
+  target_link_libraries(test_headers PRIVATE quenlor::testsupport GTest::gmock_main)
+  target_precompile_headers(test_headers PRIVATE
+    <gmock/gmock.h> <gtest/gtest.h> <filesystem> <fstream> <map> <memory> <sstream> <string> <vector>)
+endfunction()
+
 # quenlor_test(<name> SOURCES ... DEPENDS ...)
 # A GoogleTest program test_<name>; each of its tests becomes a ctest test with the label "unit".
 function(quenlor_test name)
@@ -31,6 +39,7 @@ function(quenlor_test name)
   target_link_libraries(test_${name} PRIVATE ${depends} quenlor::testsupport GTest::gmock_main)
   target_compile_definitions(test_${name} PRIVATE
     QUENLOR_SOURCE_DIR="${PROJECT_SOURCE_DIR}" QUENLOR_BINARY_DIR="${PROJECT_BINARY_DIR}")
+  target_precompile_headers(test_${name} REUSE_FROM test_headers)
   gtest_discover_tests(test_${name} TEST_PREFIX "${name}." PROPERTIES LABELS unit TIMEOUT 120
                        DISCOVERY_TIMEOUT 60)
 endfunction()
