@@ -1,10 +1,12 @@
 #include "linux/UnixCpuMeter.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <string>
 
 #include "linux/CpuMeterGroup.h"
 #include "linux/UnixCpuMeterGroup.h"
@@ -118,7 +120,8 @@ TEST_F(UnixCpuMeterTest, blanksAndNewlineAreNoWords) {
 }
 
 TEST_F(UnixCpuMeterTest, decimalPointIsReadInALocaleWithAComma) {
-  const std::string source = testing::TempDir() + "quenlor-decimal-comma";
+  const std::string source =
+      testing::TempDir() + "quenlor-decimal-comma-" + std::to_string(getpid());
   std::ofstream(source) << "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3\n"
                            "END LC_NUMERIC\n";
   const test::CompiledLocale compiled("xx_YY", source, "ANSI_X3.4-1968");

@@ -1,12 +1,14 @@
 #include "scanengine/EntryBuilder.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 #include <sstream>
+#include <string>
 
 #include "com/factory/GroupFactory.h"
 #include "com/model/VelTable.h"
@@ -236,7 +238,7 @@ TEST_F(EntryBuilderTest, valuesAreRenderedByType) {
 }
 
 TEST_F(EntryBuilderTest, fileIsTruncatedAndHoldsTheSameLines) {
-  const fs::path path = fs::path(testing::TempDir()) / "list.txt";
+  const fs::path path = testing::TempDir() + "quenlor-list-" + std::to_string(getpid());
   std::ofstream(path) << std::string(10000, 'x');
   EntryBuilder builder;
   builder.BuildAllEntries(1);

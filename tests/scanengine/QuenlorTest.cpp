@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -59,9 +60,9 @@ class FailingBuilder : public EntryBuilder {
 
 class QuenlorTest : public ::testing::Test {
  protected:
-  QuenlorTest() : directory(fs::path(testing::TempDir()) / "quenlor_test") {
-    fs::remove_all(directory);
-    fs::create_directories(directory);
+  QuenlorTest() {
+    std::string pattern = testing::TempDir() + "quenlor-program-XXXXXX";
+    directory = ::mkdtemp(pattern.data());
     write("quenlor", "");
     write("quenlor.conf", "");
     g_log = {};

@@ -20,9 +20,9 @@ namespace fs = std::filesystem;
 
 class GroupFactoryTest : public ::testing::Test {
  protected:
-  GroupFactoryTest() : directory(fs::path(testing::TempDir()) / "group_factory_test") {
-    fs::remove_all(directory);
-    fs::create_directories(directory);
+  GroupFactoryTest() {
+    std::string pattern = testing::TempDir() + "quenlor-factory-XXXXXX";
+    directory = ::mkdtemp(pattern.data());
   }
   ~GroupFactoryTest() override { fs::remove_all(directory); }
 

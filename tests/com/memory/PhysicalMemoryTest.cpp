@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -112,7 +113,7 @@ TEST_F(PhysicalMemoryTest, deniedPhysicalMemoryFails) {
 
 // On the real file system: read-write mode creates the file and writes through.
 TEST(PhysicalMemoryOnDisk, writableMappingReachesTheFile) {
-  const std::string path = testing::TempDir() + "quenlor-mapping";
+  const std::string path = testing::TempDir() + "quenlor-mapping-" + std::to_string(getpid());
   std::filesystem::remove(path);
   slm_handle handle = nullptr;
   EXPECT_EQ(slm_file_mmap(path.c_str(), 0, 4096, 0, 1, &handle), kMapFailed);
