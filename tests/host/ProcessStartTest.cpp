@@ -52,7 +52,7 @@ TEST(ProcessStart, withoutNullDeviceTheDescriptorsAreTakenAllTheSame) {
     if (::chroot("/proc/self/fdinfo") != 0) return false;
     for (const int fd : {0, 1, 2}) ::close(fd);
     prepareProcess();
-    return ::write(1, "x", 1) == -1 && ::open("/", O_RDONLY | O_DIRECTORY) == 3;
+    return ::write(1, "x", 1) == -1 && ::open("/", O_RDONLY | O_DIRECTORY) > 2;
   }));
 }
 
