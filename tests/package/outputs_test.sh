@@ -1,0 +1,43 @@
+#!/bin/sh
+# The shipped program and output that cannot be written: a defined status and a message, never a crash.
+# Usage: outputs_test.sh <build directory>
+set -eu
+program=$1/scanengine/quenlor
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+printf '<Hardware><Group Name="Regional"/></Hardware>' > "$work/scan.xml"
+
+failed=0
+# expect <status> <what> <command ...>
+expect() {
+  wanted=$1 what=$2
+  shift 2
+  status=0
+  "$@" > "$work/out" 2> "$work/err" || status=$?
+  if [ "$status" -ne "$wanted" ]; then echo "FAILED: $what: status $status, not $wanted"; failed=1; fi
+  if [ "$wanted" -ne 0 ] && [ ! -s "$work/err" ]; then echo "FAILED: $what: no message"; failed=1; fi
+}
+
+expect 4 "a full device" "$program" -c "$work/scan.xml" -o /dev/full
+expect 11 "a directory" "$program" -c "$work/scan.xml" -o "$work"
+expect 4 "a missing directory" "$program" -c "$work/scan.xml" -o "$work/none/out"
+expect 18 "a list in a missing directory" "$program" -l -o "$work/none/out"
+expect 5 "a missing scan configuration" "$program" -c "$work/none.xml"
+expect 2 "a directory as scan configuration" "$program" -c "$work"
+mkdir "$work/readonly"
+read_only() {
+  unshare -m sh -c 'mount -t tmpfs none "$1" && touch "$1/old" && mount -o remount,ro "$1" &&
+    exec "$2" -c "$3" -o "$1/$4"' sh "$work/readonly" "$program" "$work/scan.xml" "$1"
+}
+if [ "$(id -u)" -eq 0 ]; then
+  expect 4 "a new file on a read-only file system" read_only new
+  expect 11 "an old file on a read-only file system" read_only old
+fi
+# Standard output has no status of its own, but a message.
+status=0
+"$program" -c "$work/scan.xml" > /dev/full 2> "$work/err" || status=$?
+{ [ "$status" -eq 0 ] && grep -q 'standard output cannot be written' "$work/err"; } ||
+  { echo "FAILED: a full standard output: status $status"; failed=1; }
+
+[ "$failed" -eq 0 ] && echo "every output that cannot be written has its status"
+exit "$failed"
