@@ -177,7 +177,7 @@ TEST_F(CommandRunnerTest, hungCommandClosedUnreadIsKilled) {
 }
 
 TEST_F(CommandRunnerTest, unreadOutputIsDrainedSoThatTheCommandEndsByItself) {
-  FILE* stream = runner.start("head -c 500000 /dev/zero; exit 5");
+  FILE* stream = runner.start("head -c 500000 /dev/zero && exit 5");
   ASSERT_NE(stream, nullptr);
   EXPECT_EQ(runner.finish(stream), 5 << 8);
 }
