@@ -31,6 +31,15 @@ man -P cat 5 quenlor.conf > /dev/null 2>&1 || fail "man 5 quenlor.conf"
 xmllint --noout --schema /usr/share/quenlor/quenlor.xsd "$work/document.xml"
 /usr/sbin/quenlor -m | tail -n 1 | grep -q '^End Component$' || fail "the MIF document has no end"
 
+# The system's configuration is the one that counts.
+cp /etc/quenlor/quenlor.conf "$work/quenlor.conf"
+echo 'nonsense' > /etc/quenlor/quenlor.conf
+status=0
+/usr/sbin/quenlor > /dev/null 2> "$work/errors" || status=$?
+[ "$status" -eq 21 ] || fail "a malformed configuration gives status $status"
+grep -q '^quenlor: /etc/quenlor/quenlor.conf:1: ' "$work/errors" || fail "no word of file and line"
+cp "$work/quenlor.conf" /etc/quenlor/quenlor.conf
+
 # A changed configuration stays when the package goes; everything else goes with it.
 echo '# changed' >> /etc/quenlor/quenlor.conf
 dpkg --remove quenlor
