@@ -270,6 +270,13 @@ TEST(SMBIOSTable4Data, serialNumberAndAssetTagNeedAMinorVersionAboveTwo) {
   }
 }
 
+TEST(SMBIOSTable4Data, voltageIsTracedWithOneDecimal) {
+  const test::CapturedTraces traces;
+  recordOf<SMBIOSTable4Data>(test::Processor{.voltage = 0x8C}, k24)->getVoltageInVolts();
+  EXPECT_TRUE(traces.contains("../../../src/invscan/SMBIOS/SMBIOSTable4Data.cpp:"));
+  EXPECT_EQ(traces.count(" getVoltageInVolts hardware Voltage In Volts: 1.2"), 1);
+}
+
 TEST(SMBIOSTable4Data, voltages) {
   const auto volts = [](uint8_t byte) {
     return recordOf<SMBIOSTable4Data>(test::Processor{.voltage = byte}, k24)->getVoltageInVolts();

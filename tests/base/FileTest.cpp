@@ -10,24 +10,21 @@
 #include <fstream>
 #include <string>
 
+#include "tests/support/TemporaryDirectory.h"
+
 namespace quenlor {
 namespace {
 
 class FileTest : public testing::Test {
  protected:
-  FileTest() {
-    std::string pattern = testing::TempDir() + "quenlor-file-XXXXXX";
-    m_directory = mkdtemp(pattern.data());
+  std::string path(const char* name) const {
+    return m_directory.path().string() + File::pathSeparator + name;
   }
-  ~FileTest() override { std::filesystem::remove_all(m_directory); }
-
-  std::string path(const char* name) const { return m_directory + File::pathSeparator + name; }
   std::string make(const char* name, const std::string& content) const {
-    std::ofstream(path(name), std::ios::binary) << content;
-    return path(name);
+    return m_directory.write(name, content);
   }
 
-  std::string m_directory;
+  test::TemporaryDirectory m_directory;
 };
 
 TEST_F(FileTest, readsEveryByteOfAFile) {
@@ -44,7 +41,7 @@ TEST_F(FileTest, whatIsMissingOrNoFileGivesItsErrorAndNoText) {
   EXPECT_EQ(File::readText(path("missing").c_str(), text), ENOENT);
   EXPECT_EQ(text, "");
   EXPECT_EQ(File::readText((make("f", "x") + "/below").c_str(), text), ENOTDIR);
-  EXPECT_EQ(File::readText(m_directory.c_str(), text), EISDIR);
+  EXPECT_EQ(File::readText(m_directory.path().c_str(), text), EISDIR);
   EXPECT_EQ(File::readText("/dev/zero", text), EINVAL);
 }
 
@@ -71,7 +68,7 @@ TEST_F(FileTest, leavesNoDescriptorOpen) {
   const std::string file = make("f", "x");
   const auto before = openDescriptors();
   EXPECT_EQ(File::readText(file.c_str(), text), 0);
-  EXPECT_EQ(File::readText(m_directory.c_str(), text), EISDIR);
+  EXPECT_EQ(File::readText(m_directory.path().c_str(), text), EISDIR);
   EXPECT_EQ(openDescriptors(), before);
 }
 

@@ -10,6 +10,8 @@
 #include <fstream>
 #include <string>
 
+#include "tests/support/TemporaryDirectory.h"
+
 namespace quenlor {
 namespace {
 
@@ -20,19 +22,14 @@ using namespace std::string_literals;
 class DovCfgTest : public testing::Test {
  protected:
   DovCfgTest() {
-    std::string pattern = fs::canonical(testing::TempDir()).string() + "/quenlor-config-XXXXXX";
-    m_prefix = mkdtemp(pattern.data());
     fs::create_directories(m_prefix + "/bin");
     fs::create_directories(m_prefix + "/etc/quenlor");
     make("bin/quenlor", "");
   }
-  ~DovCfgTest() override {
-    fs::remove_all(m_prefix);
-    DovCfg::initialize(nullptr);
-  }
+  ~DovCfgTest() override { DovCfg::initialize(nullptr); }
 
   void make(const std::string& name, const std::string& content) const {
-    std::ofstream(m_prefix + "/" + name, std::ios::binary) << content;
+    m_directory.write(name, content);
   }
 
   // Initialises as the installed program; what it wrote to standard error.
@@ -44,7 +41,8 @@ class DovCfgTest : public testing::Test {
 
   std::string configDir() const { return DovCfg::getKey("config_dir").str(); }
 
-  std::string m_prefix;
+  test::TemporaryDirectory m_directory;
+  const std::string m_prefix = m_directory.path().string();
 };
 
 TEST_F(DovCfgTest, readsTheFileBesideTheProgram) {

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "tests/support/FakeHost.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlor {
 namespace {
@@ -85,11 +86,9 @@ TEST_F(SecureTemporary, fileInTheRootDirectoryIsJudgedByTheRootDirectory) {
 }
 
 TEST(SecureTemporaryOnDisk, plantedLinkIsReplaced_itsTargetIsNotTouched) {
-  char directory[] = "/tmp/quenlor-test-XXXXXX";
-  ASSERT_NE(::mkdtemp(directory), nullptr);
-  const std::string target = std::string(directory) + "/target";
-  const std::string name = std::string(directory) + "/report";
-  std::ofstream(target) << "precious";
+  const test::TemporaryDirectory directory;
+  const std::string target = directory.write("target", "precious");
+  const std::string name = directory.path("report");
   ASSERT_EQ(::symlink(target.c_str(), name.c_str()), 0);
 
   EXPECT_TRUE(secureTemporaryFile(name.c_str()));
@@ -98,7 +97,6 @@ TEST(SecureTemporaryOnDisk, plantedLinkIsReplaced_itsTargetIsNotTouched) {
   EXPECT_TRUE(S_ISREG(status.st_mode));
   EXPECT_EQ(status.st_mode & 07777u, 0600u);
   EXPECT_EQ(std::filesystem::file_size(target), 8u);
-  std::filesystem::remove_all(directory);
 }
 
 }  // namespace

@@ -20,24 +20,19 @@
 
 #include "host/Handles.h"
 #include "tests/support/FakeHost.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlor {
 namespace {
 
 class SystemHostTest : public ::testing::Test {
  protected:
-  SystemHostTest() {
-    char pattern[] = "/tmp/quenlor-test-XXXXXX";
-    m_directory = ::mkdtemp(pattern);
-  }
-  ~SystemHostTest() override { std::filesystem::remove_all(m_directory); }
-
-  std::string path(const char* name) const { return m_directory + "/" + name; }
+  std::string path(const char* name) const { return m_directory.path(name); }
 
   Host& real = systemHost();
 
  private:
-  std::string m_directory;
+  test::TemporaryDirectory m_directory;
 };
 
 bool closesOnExec(int fd) { return (::fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0; }

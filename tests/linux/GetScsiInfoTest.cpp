@@ -10,6 +10,7 @@
 #include "host/Handles.h"
 #include "linux/DiskSize.h"
 #include "tests/linux/ScriptedSgDevice.h"
+#include "tests/support/CapturedTraces.h"
 
 namespace quenlor {
 namespace {
@@ -105,9 +106,11 @@ TEST_F(GetScsiInfoTest, identifiesACdAsRemovable) {
 TEST_F(GetScsiInfoTest, identifiesATape) {
   device.type = 1;
   addNode("st0", device.otherNode());
+  const test::CapturedTraces traces;
   const auto info = ask(device);
   ASSERT_NE(info, nullptr);
   EXPECT_THAT(info->getTypeLabel(), StrEq("tape"));
+  EXPECT_EQ(traces.count("hardware get_scsi_info: SCSI tape device detected."), 1);
 }
 
 TEST_F(GetScsiInfoTest, tapeNodesAreOpenedForTapesOnly_openingRewindsThem) {
@@ -120,9 +123,11 @@ TEST_F(GetScsiInfoTest, tapeNodesAreOpenedForTapesOnly_openingRewindsThem) {
 }
 
 TEST_F(GetScsiInfoTest, deviceWithoutOtherNodeIsGeneric) {
+  const test::CapturedTraces traces;
   const auto info = ask(device);
   ASSERT_NE(info, nullptr);
   EXPECT_THAT(info->getTypeLabel(), StrEq("generic"));
+  EXPECT_EQ(traces.count("hardware get_scsi_info: Generic SCSI device detected."), 1);
 }
 
 TEST_F(GetScsiInfoTest, disksBeyondTheFirstLetterAreFoundAndPartitionsNotOpened) {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/linux/TraceCapture.h"
 #include "tests/linux/VmwareGuest.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/Rows.h"
 
 namespace quenlor::test {
@@ -34,7 +34,7 @@ TEST_F(HostComponentIDGroupTest, realMachineHasNoTable) {
 }
 
 TEST_F(HostComponentIDGroupTest, guestReportsItsHost) {
-  TraceCapture trace;
+  CapturedTraces trace;
   publish("Maker", "Server 9", "8670");
   EXPECT_EQ(collect<HostComponentIDGroup>(),
             (std::vector<RowValues>{
@@ -42,9 +42,9 @@ TEST_F(HostComponentIDGroupTest, guestReportsItsHost) {
   EXPECT_EQ(m_host.openCommands(), 0);
   for (const char* text : {"HOST Manufact=Maker", "HOST Product=Server 9", "HOST Version=1.0",
                            "HOST Type=8670", "HOST SerialNum=KQXYZ12", "Type = 8670"}) {
-    EXPECT_TRUE(trace.has(std::string("hardware ") + text)) << text;
+    EXPECT_TRUE(trace.contains(std::string("hardware ") + text)) << text;
   }
-  EXPECT_FALSE(trace.has("ZUM Type"));
+  EXPECT_FALSE(trace.contains("ZUM Type"));
 }
 
 TEST_F(HostComponentIDGroupTest, guestWithoutAnAgentHasOneRowOfEmptyTexts) {
@@ -54,10 +54,10 @@ TEST_F(HostComponentIDGroupTest, guestWithoutAnAgentHasOneRowOfEmptyTexts) {
 }
 
 TEST_F(HostComponentIDGroupTest, makerWithTypesInItsProductsReplacesTheType) {
-  TraceCapture trace;
+  CapturedTraces trace;
   publish("ZUM", "System x3650 -[7979AC1]-", "other");
   EXPECT_EQ(type(), "7979");
-  EXPECT_TRUE(trace.has("hardware ZUM Type = 7979"));
+  EXPECT_TRUE(trace.contains("hardware ZUM Type = 7979"));
 }
 
 TEST_F(HostComponentIDGroupTest, productWithoutATypeGivesAnEmptyOneForThatMaker) {

@@ -5,8 +5,8 @@
 #include <optional>
 
 #include "tests/linux/FirmwareScope.h"
-#include "tests/linux/TraceCapture.h"
 #include "tests/linux/VmwareGuest.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/Rows.h"
 #include "tests/vtcmd/CpuMachine.h"
 
@@ -92,7 +92,7 @@ RowValues lparRow(const std::string& id, const std::string& node, const std::str
 constexpr const char* kNone = "-1.000000";
 
 TEST_F(LParGroupTest, realMachineWithTwoPackagesOfFourCores) {
-  TraceCapture trace;
+  CapturedTraces trace;
   CpuMachine machine;
   machine.packages = 2;
   machine.installOn(m_host);
@@ -103,7 +103,7 @@ TEST_F(LParGroupTest, realMachineWithTwoPackagesOfFourCores) {
   EXPECT_TRUE(m_host.started.empty());
   for (const char* text : {"Serial Number = SER123", "Real machine environment detected",
                            "node capacity= 2", "Hyperthreading detected: Physical CPU count= 2"}) {
-    EXPECT_TRUE(trace.has(std::string("hardware ") + text)) << text;
+    EXPECT_TRUE(trace.contains(std::string("hardware ") + text)) << text;
   }
 }
 
@@ -127,20 +127,20 @@ TEST_F(LParGroupTest, capacitiesAreFloats) {
 }
 
 TEST_F(LParGroupTest, realMachineWhereCpuidCannotRunIsTriedTwice) {
-  TraceCapture trace;
+  CapturedTraces trace;
   EXPECT_EQ(row(), lparRow("", kNone, kNone, kNone, kNone, ""));
-  EXPECT_EQ(trace.count("hardware Cannot execute VT command, try again..."), 1);
-  EXPECT_TRUE(trace.has("hardware Unable to detect node_capacity, returning -1"));
+  EXPECT_EQ(trace.countHolding("hardware Cannot execute VT command, try again..."), 1);
+  EXPECT_TRUE(trace.contains("hardware Unable to detect node_capacity, returning -1"));
 }
 
 TEST_F(LParGroupTest, failedStatusIsTriedTwiceAndTheValuesReadAllTheSame) {
-  TraceCapture trace;
+  CapturedTraces trace;
   CpuMachine machine;
   machine.packages = 2;
   machine.hasCpuid = false;
   machine.installOn(m_host);
   EXPECT_EQ(valueOf(row(), 8), "8.000000");
-  EXPECT_EQ(trace.count("hardware VT command returned 1, try again..."), 1);
+  EXPECT_EQ(trace.countHolding("hardware VT command returned 1, try again..."), 1);
 }
 
 TEST_F(LParGroupTest, cpuidThatRunsAtTheSecondTryCounts) {
@@ -168,17 +168,17 @@ TEST_F(LParGroupTest, cpuinfoIsReadForTheTraceOnly) {
 }
 
 TEST_F(LParGroupTest, hyperThreadingByTheFirmwareIsTracedWithoutAFlagsLine) {
-  TraceCapture trace;
+  CapturedTraces trace;
   m_host.files["/proc/cpuinfo"] = "processor\t: 0\nsiblings\t: 4\nprocessor\t: 1\n";
   FirmwareTable table({2, 4});
   table.add(Processor{.edx = 1u << 28});
   const FirmwareScope firmware(m_host, table);
   row();
-  EXPECT_TRUE(trace.has("hardware left the number of CPUs unchanged"));
+  EXPECT_TRUE(trace.contains("hardware left the number of CPUs unchanged"));
 }
 
 TEST_F(LParGroupTest, unlimitedGuestMayUseTheWholeNode) {
-  TraceCapture trace;
+  CapturedTraces trace;
   becomeGuest();
   publish("dov_physical_processor", "4:GenuineIntel:Xeon:MP:2:1:2000:64");
   publish("dov_node_id", "KQXYZ12");
@@ -195,7 +195,7 @@ TEST_F(LParGroupTest, unlimitedGuestMayUseTheWholeNode) {
         "Guest node capacity retrieved: value = 1",
         "Guest SDK data: cpu min mhz = 7, cpu max mhz = -1, cpu total mhz = 2000",
         "Updated lpar_capacity after Guest SDK data = 4.000000, -1.000000"}) {
-    EXPECT_TRUE(trace.has(std::string("hardware ") + text)) << text;
+    EXPECT_TRUE(trace.contains(std::string("hardware ") + text)) << text;
   }
 }
 
@@ -226,49 +226,49 @@ TEST_F(LParGroupTest, hostSpeedZeroLeavesTheAgentsCapacity) {
 }
 
 TEST_F(LParGroupTest, nodeCapacityOfTheAgentTakesTheCoresOfTheOwnProcessor) {
-  TraceCapture trace;
+  CapturedTraces trace;
   becomeGuest();
   publish("dov_node_capacity", "3");
   GuestSdk::installOn(m_host, kUnlimited, 2000);
   const RowValues found = row();
   EXPECT_EQ(valueOf(found, 4), "3.000000");
   EXPECT_EQ(valueOf(found, 8), "12.000000");
-  EXPECT_TRUE(trace.has("hardware Host core per package retrieved from cpuid: value = 4"));
-  EXPECT_TRUE(trace.has("hardware Host node capacity retrieved: value = 3"));
+  EXPECT_TRUE(trace.contains("hardware Host core per package retrieved from cpuid: value = 4"));
+  EXPECT_TRUE(trace.contains("hardware Host node capacity retrieved: value = 3"));
 }
 
 TEST_F(LParGroupTest, nodeCapacityWithoutCpuidCountsOneCorePerPackage) {
-  TraceCapture trace;
+  CapturedTraces trace;
   becomeVmwareGuest(m_host);
   publish("dov_node_capacity", "3");
   EXPECT_EQ(valueOf(row(), 8), "3.000000");
-  EXPECT_TRUE(trace.has("hardware Failed to exec cpuid command"));
-  EXPECT_TRUE(trace.has("hardware Error! Failed to execute CPUID command!"));
-  EXPECT_TRUE(trace.has("getNodeCapacity()"));
+  EXPECT_TRUE(trace.contains("hardware Failed to exec cpuid command"));
+  EXPECT_TRUE(trace.contains("hardware Error! Failed to execute CPUID command!"));
+  EXPECT_TRUE(trace.contains("getNodeCapacity()"));
 }
 
 TEST_F(LParGroupTest, nodeCapacityWithFailedCpuidDoesNotReadItsCores) {
-  TraceCapture trace;
+  CapturedTraces trace;
   CpuMachine machine;
   machine.hasCpuid = false;
   machine.installOn(m_host);
   becomeVmwareGuest(m_host);
   publish("dov_node_capacity", "3");
   EXPECT_EQ(valueOf(row(), 8), "3.000000");
-  EXPECT_TRUE(trace.has("hardware cpuid command failed with error=1"));
+  EXPECT_TRUE(trace.contains("hardware cpuid command failed with error=1"));
 }
 
 TEST_F(LParGroupTest, uselessNodeCapacityOfTheAgentIsUnknown) {
-  TraceCapture trace;
+  CapturedTraces trace;
   becomeGuest();
   publish("dov_node_capacity", "0");
   EXPECT_EQ(valueOf(row(), 4), kNone);
-  EXPECT_TRUE(trace.has("hardware Host node capacity retrieved: value = -1"));
-  EXPECT_TRUE(trace.has("hardware Unable to retrieve host node capacity"));
+  EXPECT_TRUE(trace.contains("hardware Host node capacity retrieved: value = -1"));
+  EXPECT_TRUE(trace.contains("hardware Unable to retrieve host node capacity"));
 }
 
 TEST_F(LParGroupTest, guestWithoutTheSdkCountsItsOwnCores) {
-  TraceCapture trace;
+  CapturedTraces trace;
   CpuMachine machine;
   machine.packages = 2;
   machine.installOn(m_host);
@@ -281,12 +281,12 @@ TEST_F(LParGroupTest, guestWithoutTheSdkCountsItsOwnCores) {
   for (const char* text :
        {"Getting Guest SDK data failed or not supported", "Using CPUID to calculate VM capacity...",
         "Updated lpar_capacity per CPUID data = 2.000000, 8.000000"}) {
-    EXPECT_TRUE(trace.has(std::string("hardware ") + text)) << text;
+    EXPECT_TRUE(trace.contains(std::string("hardware ") + text)) << text;
   }
 }
 
 TEST_F(LParGroupTest, guestWithoutAgentAndSdkKnowsNothing) {
-  TraceCapture trace;
+  CapturedTraces trace;
   becomeGuest();
   FirmwareTable table({2, 4});
   table.add(System{.manufacturer = "VMware, Inc.", .product = "VM", .serial = "VMware-42"});
@@ -295,7 +295,7 @@ TEST_F(LParGroupTest, guestWithoutAgentAndSdkKnowsNothing) {
   for (const char* text :
        {"Unable to retrieve host node id", "Unable to retrieve host node capacity",
         "Unable to retrieve guest node Id", "Unable to retrieve guest node capacity"}) {
-    EXPECT_TRUE(trace.has(std::string("hardware ") + text)) << text;
+    EXPECT_TRUE(trace.contains(std::string("hardware ") + text)) << text;
   }
 }
 
@@ -328,7 +328,7 @@ TEST_F(LParGroupTest, lparIdIsCutAt256Characters) {
 }
 
 TEST_F(LParGroupTest, hugeNumbersOfTheAgentStayFinite) {
-  TraceCapture trace;
+  CapturedTraces trace;
   becomeGuest();
   publish("dov_physical_processor", "2147483647:M:F:T:2147483647:1:2000");
   publish("dov_vm_capacity", "1e300");

@@ -13,8 +13,8 @@
 
 #include "base/Event.h"
 #include "com/timelimit/GetTableThread.h"
-#include "tests/com/timelimit/ConfiguredProgram.h"
 #include "tests/support/CapturedTraces.h"
+#include "tests/support/ConfiguredProgram.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/Rows.h"
 

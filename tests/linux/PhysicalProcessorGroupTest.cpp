@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/linux/TraceCapture.h"
 #include "tests/linux/VmwareGuest.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/Rows.h"
 #include "tests/vtcmd/CpuMachine.h"
 
@@ -74,15 +74,15 @@ TEST_F(PhysicalProcessorGroupTest, thirtyTwoBitProcessorIsNotSupportedThere) {
 }
 
 TEST_F(PhysicalProcessorGroupTest, machineWhereCpuidCannotRunHasOneRowOfDefaults) {
-  TraceCapture trace;
+  CapturedTraces trace;
   EXPECT_EQ(rows(), std::vector<RowValues>{expectedRow(
                         "1", {"0", "0", "Unknown", "Unknown", "", "0", "0", "0", "", "", ""})});
-  EXPECT_TRUE(trace.has("hardware [E] Cannot execute VT command"));
-  EXPECT_TRUE(trace.has("hardware Number of processors: -1"));
+  EXPECT_TRUE(trace.contains("hardware [E] Cannot execute VT command"));
+  EXPECT_TRUE(trace.contains("hardware Number of processors: -1"));
 }
 
 TEST_F(PhysicalProcessorGroupTest, failedStatusIsTracedAndTheValuesReadAllTheSame) {
-  TraceCapture trace;
+  CapturedTraces trace;
   CpuMachine machine;
   machine.packages = 2;
   machine.hasCpuid = false;
@@ -93,13 +93,13 @@ TEST_F(PhysicalProcessorGroupTest, failedStatusIsTracedAndTheValuesReadAllTheSam
   EXPECT_EQ(valueOf(found[0], 4), "Unknown");
   EXPECT_EQ(valueOf(found[0], 6), "");
   EXPECT_EQ(valueOf(found[0], 12), "N");  // the features are read, and say nothing
-  EXPECT_TRUE(trace.has("hardware [E] VT command returned 1"));
-  EXPECT_TRUE(trace.has("hardware Default values from CPUID"));
-  EXPECT_TRUE(trace.has("hardware CPUID data retrieved"));
+  EXPECT_TRUE(trace.contains("hardware [E] VT command returned 1"));
+  EXPECT_TRUE(trace.contains("hardware Default values from CPUID"));
+  EXPECT_TRUE(trace.contains("hardware CPUID data retrieved"));
 }
 
 TEST_F(PhysicalProcessorGroupTest, guestWithAHostDescriptionReportsTheHost) {
-  TraceCapture trace;
+  CapturedTraces trace;
   CpuMachine().installOn(m_host);
   becomeGuest("2:GenuineIntel:Xeon:MP:4:2:2933:64");
   const std::vector<std::string> rest = {
@@ -114,7 +114,7 @@ TEST_F(PhysicalProcessorGroupTest, guestWithAHostDescriptionReportsTheHost) {
         "Number of processors: 2", "Creating table for PhysicalProcessorGroup",
         "Adding package ID: 2", "Adding Manufacturer: GenuineIntel", "Adding Family: Xeon",
         "Adding Type: MP", "Adding Brand: ", "Adding Signature: "}) {
-    EXPECT_TRUE(trace.has(std::string("hardware ") + text)) << text;
+    EXPECT_TRUE(trace.contains(std::string("hardware ") + text)) << text;
   }
 }
 
@@ -134,7 +134,7 @@ TEST_F(PhysicalProcessorGroupTest, negativeNumbersOfTheAgentBecomeZero) {
 }
 
 TEST_F(PhysicalProcessorGroupTest, emptyManufacturerFallsBackToTheNodeCapacity) {
-  TraceCapture trace;
+  CapturedTraces trace;
   CpuMachine().installOn(m_host);
   becomeGuest("2::Xeon:MP:4:2:2933:64");
   setAgentValue(m_host, "dov_node_capacity", "3");
@@ -147,32 +147,32 @@ TEST_F(PhysicalProcessorGroupTest, emptyManufacturerFallsBackToTheNodeCapacity) 
        {"Getting host info. Method 2: getNodeCapacity() started.",
         "Getting host info. Method 2: getNodeCapacity() returned nodeCapacity=3",
         "Getting host info. Method 2: getNodeCapacity() completed successfully."}) {
-    EXPECT_TRUE(trace.has(std::string("hardware ") + text)) << text;
+    EXPECT_TRUE(trace.contains(std::string("hardware ") + text)) << text;
   }
 }
 
 TEST_F(PhysicalProcessorGroupTest, failedDescriptionFallsBackToTheNodeCapacity) {
-  TraceCapture trace;
+  CapturedTraces trace;
   CpuMachine().installOn(m_host);
   becomeVmwareGuest(m_host);
   setAgentIgnorant(m_host, "dov_physical_processor");
   setAgentValue(m_host, "dov_node_capacity", "2");
   EXPECT_EQ(rows().size(), 2u);
-  EXPECT_TRUE(trace.has("hardware Getting host info. Method 1: PHYSICAL_PROCESSOR failed."));
+  EXPECT_TRUE(trace.contains("hardware Getting host info. Method 1: PHYSICAL_PROCESSOR failed."));
 }
 
 TEST_F(PhysicalProcessorGroupTest, nodeCapacityWithoutCpuidGivesUnknownTexts) {
-  TraceCapture trace;
+  CapturedTraces trace;
   becomeVmwareGuest(m_host);
   setAgentValue(m_host, "dov_node_capacity", "2");
   const std::vector<std::string> rest = {"0", "0", "Unknown", "Unknown", "Unknown", "0",
                                          "0", "0", "",        "",        "N"};
   EXPECT_EQ(rows(), (std::vector<RowValues>{expectedRow("1", rest), expectedRow("2", rest)}));
-  EXPECT_TRUE(trace.has("hardware ERROR! Failed to execute cpuid command"));
+  EXPECT_TRUE(trace.contains("hardware ERROR! Failed to execute cpuid command"));
 }
 
 TEST_F(PhysicalProcessorGroupTest, nodeCapacityWithFailedCpuidReadsItAllTheSame) {
-  TraceCapture trace;
+  CapturedTraces trace;
   CpuMachine machine;
   machine.hasCpuid = false;
   machine.installOn(m_host);
@@ -182,7 +182,7 @@ TEST_F(PhysicalProcessorGroupTest, nodeCapacityWithFailedCpuidReadsItAllTheSame)
   ASSERT_EQ(found.size(), 1u);
   EXPECT_EQ(valueOf(found[0], 2), "4");
   EXPECT_EQ(valueOf(found[0], 4), "Unknown");
-  EXPECT_TRUE(trace.has("hardware ERROR! cpuid command failed with error=1"));
+  EXPECT_TRUE(trace.contains("hardware ERROR! cpuid command failed with error=1"));
 }
 
 constexpr const char* kNotReported =
@@ -190,30 +190,30 @@ constexpr const char* kNotReported =
     "will not be reported.";
 
 TEST_F(PhysicalProcessorGroupTest, nodeCapacityZeroIsReportedAsOneRowOfDefaultsAgainstTheMessage) {
-  TraceCapture trace;
+  CapturedTraces trace;
   CpuMachine().installOn(m_host);
   becomeVmwareGuest(m_host);
   setAgentValue(m_host, "dov_node_capacity", "0");
   EXPECT_EQ(rows(), std::vector<RowValues>{expectedRow(
                         "1", {"0", "0", "Unknown", "Unknown", "", "0", "0", "0", "", "", ""})});
-  EXPECT_TRUE(trace.has(kNotReported));
+  EXPECT_TRUE(trace.contains(kNotReported));
 }
 
 TEST_F(PhysicalProcessorGroupTest, guestWithoutAnAgentIsOneRowOfDefaults) {
-  TraceCapture trace;
+  CapturedTraces trace;
   becomeVmwareGuest(m_host);
   EXPECT_EQ(rows().size(), 1u);
-  EXPECT_TRUE(trace.has("hardware Getting host info. Method 2: getNodeCapacity() failed."));
-  EXPECT_TRUE(trace.has(kNotReported));
+  EXPECT_TRUE(trace.contains("hardware Getting host info. Method 2: getNodeCapacity() failed."));
+  EXPECT_TRUE(trace.contains(kNotReported));
 }
 
 TEST_F(PhysicalProcessorGroupTest, packagesFromOutsideAreCutAt65536) {
-  TraceCapture trace("MIN");
+  CapturedTraces trace("MIN");
   becomeGuest("2000000000:GenuineIntel:Xeon:MP:4:2:2933:64");
   PhysicalProcessorGroup group;
   const std::unique_ptr<VelTable> table(group.getTable());
   EXPECT_EQ(table->getNumRows(), 65536u);
-  EXPECT_TRUE(trace.has("hardware Number of processors cut to 65536"));
+  EXPECT_TRUE(trace.contains("hardware Number of processors cut to 65536"));
 }
 
 TEST_F(PhysicalProcessorGroupTest, tableIsGroup44Version1) {

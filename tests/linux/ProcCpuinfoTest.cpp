@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/linux/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
 
 namespace quenlor::test {
@@ -145,24 +145,24 @@ TEST(ProcCpuinfo, binaryContentDoesNoHarm) {
 }
 
 TEST(HyperThreadedPackages, linesAreDividedBySiblings) {
-  TraceCapture trace;
+  CapturedTraces trace;
   ProcCpuinfo info;
   info.processorLines = 5;
   info.siblings = 2;
   EXPECT_EQ(hyperThreadedPackages(info, {"x.cpp", "x()"}), 2);
-  EXPECT_TRUE(trace.has("hardware Hyperthreading detected: Physical CPU count= 2"));
+  EXPECT_TRUE(trace.contains("hardware Hyperthreading detected: Physical CPU count= 2"));
 }
 
 TEST(HyperThreadedPackages, fewerLinesThanSiblingsGiveNothing) {
-  TraceCapture trace;
+  CapturedTraces trace;
   ProcCpuinfo info;
   info.processorLines = 2;
   info.siblings = 4;
   EXPECT_EQ(hyperThreadedPackages(info, {"x.cpp", "x()"}), std::nullopt);
   EXPECT_TRUE(
-      trace.has("hardware Hyperthreading detected but the number of CPUs is less than the "
-                "number of logical CPUs"));
-  EXPECT_TRUE(trace.has("hardware left the number of CPUs unchanged"));
+      trace.contains("hardware Hyperthreading detected but the number of CPUs is less than the "
+                     "number of logical CPUs"));
+  EXPECT_TRUE(trace.contains("hardware left the number of CPUs unchanged"));
 }
 
 }  // namespace

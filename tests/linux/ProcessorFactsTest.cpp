@@ -7,7 +7,7 @@
 #include "linux/ProcessorFamily.h"
 #include "linux/ProcessorFlags.h"
 #include "linux/RealSpeedValue.h"
-#include "tests/linux/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 
 namespace quenlor::test {
 namespace {
@@ -83,11 +83,11 @@ TEST(CpuFlags, namesAreFoundWithinOtherNames_identityDigestsDependOnIt) {
 TEST(CpuFlags, emptyTextHasNone) { EXPECT_EQ(makeCPUflagsFromString(""), 0u); }
 
 TEST(CpuFlags, traced) {
-  TraceCapture trace;
+  CapturedTraces trace;
   makeCPUflagsFromString("fpu ht");
-  EXPECT_TRUE(trace.has("hardware parsing CPU flags line: fpu ht"));
-  EXPECT_EQ(trace.count("hardware for desc:i="), 24);
-  EXPECT_TRUE(trace.has("hardware flagVal= 10000001"));
+  EXPECT_TRUE(trace.contains("hardware parsing CPU flags line: fpu ht"));
+  EXPECT_EQ(trace.countHolding("hardware for desc:i="), 24);
+  EXPECT_TRUE(trace.contains("hardware flagVal= 10000001"));
 }
 
 class FamilyName : public testing::Test {

@@ -7,7 +7,7 @@
 #include "com/factory/GroupFactory.h"
 #include "com/identity/Identity.h"
 #include "tests/linux/FirmwareScope.h"
-#include "tests/linux/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/Rows.h"
 #include "tests/vtcmd/CpuMachine.h"
 
@@ -95,21 +95,21 @@ TEST_F(ProcessorGroupTest, attributesComeInTheOrderOfTheirIds) {
 }
 
 TEST_F(ProcessorGroupTest, moreSiblingsThanProcessorLinesLeaveTheCountAlone) {
-  TraceCapture trace;
+  CapturedTraces trace;
   cpuinfo("processor\t: 0\nsiblings\t: 4\nflags\t\t: ht\n\nprocessor\t: 1\n", 2);
   EXPECT_EQ(rows().size(), 2u);
   EXPECT_TRUE(
-      trace.has("hardware Hyperthreading detected but the number of CPUs is less than the "
-                "number of logical CPUs"));
-  EXPECT_TRUE(trace.has("hardware left the number of CPUs unchanged"));
-  EXPECT_TRUE(trace.has("hardware API and cpuinfo processor counts match"));
+      trace.contains("hardware Hyperthreading detected but the number of CPUs is less than the "
+                     "number of logical CPUs"));
+  EXPECT_TRUE(trace.contains("hardware left the number of CPUs unchanged"));
+  EXPECT_TRUE(trace.contains("hardware API and cpuinfo processor counts match"));
 }
 
 TEST_F(ProcessorGroupTest, dividedCountReplacesTheCountOfTheLibrary) {
-  TraceCapture trace;
+  CapturedTraces trace;
   cpuinfo("processor\t: 0\nsiblings\t: 2\nflags\t\t: ht\nprocessor\t: 1\nprocessor\t: 2\n", 7);
   EXPECT_EQ(rows().size(), 1u);
-  EXPECT_TRUE(trace.has("hardware API and cpuinfo processor counts don't match"));
+  EXPECT_TRUE(trace.contains("hardware API and cpuinfo processor counts don't match"));
 }
 
 TEST_F(ProcessorGroupTest, siblingsWithoutTheFlagAreNoHyperThreading) {
@@ -140,20 +140,20 @@ TEST_F(ProcessorGroupTest, firmwareWithOneSocketCapsTwoLogicalProcessors) {
 }
 
 TEST_F(ProcessorGroupTest, firmwareWithMoreSocketsRaisesNothing) {
-  TraceCapture trace;
+  CapturedTraces trace;
   cpuinfo("processor\t: 0\nprocessor\t: 1\n", 2);
   firmware(populated(4));
   EXPECT_EQ(rows().size(), 2u);
-  EXPECT_FALSE(trace.has("***Processor count"));
-  EXPECT_TRUE(trace.has("hardware SMBIOS Populated Processors = 4"));
+  EXPECT_FALSE(trace.contains("***Processor count"));
+  EXPECT_TRUE(trace.contains("hardware SMBIOS Populated Processors = 4"));
 }
 
 TEST_F(ProcessorGroupTest, firmwareWithoutProcessorsCapsNothing) {
-  TraceCapture trace;
+  CapturedTraces trace;
   cpuinfo("processor\t: 0\nprocessor\t: 1\n", 2);
   EXPECT_EQ(rows().size(), 2u);
-  EXPECT_TRUE(trace.has("hardware ***Processor count == SMBIOS count or SMBIOS count == 0"));
-  EXPECT_TRUE(trace.has("hardware ***Hyperthreading check not useful"));
+  EXPECT_TRUE(trace.contains("hardware ***Processor count == SMBIOS count or SMBIOS count == 0"));
+  EXPECT_TRUE(trace.contains("hardware ***Hyperthreading check not useful"));
 }
 
 TEST_F(ProcessorGroupTest, clockIsRatedWithoutItsFraction) {
@@ -332,7 +332,7 @@ TEST_F(ProcessorGroupTest, machineWith256CpusAndLongFlagsLines) {
 }
 
 TEST_F(ProcessorGroupTest, tracesWhatItFound) {
-  TraceCapture trace;
+  CapturedTraces trace;
   oldServer().installOn(m_host);
   m_host.nprocsConf = 8;
   firmware(populated(2));
@@ -358,9 +358,9 @@ TEST_F(ProcessorGroupTest, tracesWhatItFound) {
                            "extspd= 0",
                            "interface= 0",
                            "return = Unknown"}) {
-    EXPECT_TRUE(trace.has(std::string("hardware ") + text)) << text;
+    EXPECT_TRUE(trace.contains(std::string("hardware ") + text)) << text;
   }
-  EXPECT_TRUE(trace.has("../../../src/invscan/linux/ProcessorGroup.cpp"));
+  EXPECT_TRUE(trace.contains("../../../src/invscan/linux/ProcessorGroup.cpp"));
 }
 
 TEST_F(ProcessorGroupTest, countsThatOnlyATraceWantsAreNotAskedForWithoutOne) {

@@ -9,6 +9,7 @@
 
 #include "linux/StorageGatherers.h"
 #include "tests/linux/ScriptedSgDevice.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/Rows.h"
 
 namespace quenlor {
@@ -393,6 +394,14 @@ TEST_F(StorageGroupTest, floppyRowHasItsSizeInKilobytesInTheDigest) {
                                  {9, "2"},
                                  {10, "1"},
                                  {11, "2"}}));
+}
+
+TEST_F(StorageGroupTest, floppyRowIsTracedWithItsIndex) {
+  const test::CapturedTraces traces;
+  addFloppy();
+  ASSERT_EQ(rows().size(), 1U);
+  EXPECT_EQ(traces.count("hardware floppyinfo /dev/fd0 0"), 1);
+  EXPECT_EQ(traces.count("hardware Add floppy index=> 1"), 1);
 }
 
 TEST_F(StorageGroupTest, floppyThatAnswersNothingHasNoRow) {

@@ -3,18 +3,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
-#include <stdlib.h>
 
 #include <chrono>
 #include <condition_variable>
-#include <filesystem>
-#include <fstream>
 #include <mutex>
+#include <string>
 
 #include "com/timelimit/GetTableThread.h"
-#include "config/DovCfg.h"
 #include "linux/StorageGroup.h"
 #include "tests/linux/ScriptedSgDevice.h"
+#include "tests/support/CapturedTraces.h"
+#include "tests/support/ConfiguredProgram.h"
 #include "tests/support/Rows.h"
 
 namespace quenlor {
@@ -30,17 +29,37 @@ constexpr const char* kLoad = "/sbin/modprobe --first-time sg 2>/tmp/modprobe.er
 constexpr const char* kShow = "cat /tmp/modprobe.error 2>/dev/null";
 constexpr const char* kUnload = "/sbin/modprobe --first-time -r sg 2>/dev/null";
 
-// Configures the time limit of collections for the process.
-void setLimit(int milliseconds) {
-  std::string directory = ::testing::TempDir() + "quenlor-storage-XXXXXX";
-  ASSERT_NE(mkdtemp(directory.data()), nullptr);
-  const std::string program = directory + "/quenlor";
-  std::ofstream(program) << "";
-  std::ofstream(directory + "/quenlor.conf") << "hwscanner.timeout = " << milliseconds << "\n";
-  DovCfg::initialize(program.c_str());
-  std::filesystem::remove_all(directory);
-  ASSERT_EQ(DovCfg::getError(), 0);
-}
+// The time limit of collections, in milliseconds, for the object's lifetime.
+class TimeLimit {
+ public:
+  explicit TimeLimit(int milliseconds)
+      : m_program("hwscanner.timeout = " + std::to_string(milliseconds) + "\n") {}
+
+ private:
+  test::ConfiguredProgram m_program;
+};
+
+// While this lives no thread can be started: a stack of the default size does not fit into memory.
+class NoThreads {
+ public:
+  NoThreads() {
+    pthread_getattr_default_np(&m_before);
+    pthread_attr_t huge;
+    pthread_attr_init(&huge);
+    pthread_attr_setstacksize(&huge, size_t{1} << 62);
+    EXPECT_EQ(pthread_setattr_default_np(&huge), 0);
+    pthread_attr_destroy(&huge);
+  }
+  ~NoThreads() {
+    pthread_setattr_default_np(&m_before);
+    pthread_attr_destroy(&m_before);
+  }
+  NoThreads(const NoThreads&) = delete;
+  NoThreads& operator=(const NoThreads&) = delete;
+
+ private:
+  pthread_attr_t m_before{};
+};
 
 // A device whose first read does not return until it is released.
 class StuckDevice {
@@ -100,7 +119,7 @@ class StorageTimeoutTest : public ::testing::Test {
 };
 
 TEST_F(StorageTimeoutTest, tableOfACollectionThatEndsInTimeIsReturned) {
-  setLimit(60000);
+  const TimeLimit limit(60000);
   ScriptedSgDevice disk;
   machine.devices["/dev/sg0"] = disk.genericNode();
   EXPECT_EQ(test::collect<StorageGroup>().size(), 1U);
@@ -111,7 +130,7 @@ TEST_F(StorageTimeoutTest, tableOfACollectionThatEndsInTimeIsReturned) {
 }
 
 TEST_F(StorageTimeoutTest, moduleThatThisRunLoadedIsUnloaded) {
-  setLimit(60000);
+  const TimeLimit limit(60000);
   letModprobeLoadTheModule();
   EXPECT_TRUE(test::collect<StorageGroup>().empty());
   EXPECT_EQ(machine.started.front(), kLoad);
@@ -119,7 +138,7 @@ TEST_F(StorageTimeoutTest, moduleThatThisRunLoadedIsUnloaded) {
 }
 
 TEST_F(StorageTimeoutTest, sgMapIsReadOncePerRun) {
-  setLimit(60000);
+  const TimeLimit limit(60000);
   ScriptedSgDevice disk;
   machine.devices["/dev/sg0"] = disk.genericNode();
   for (int scan = 0; scan < 2; ++scan) EXPECT_EQ(test::collect<StorageGroup>().size(), 1U);
@@ -127,7 +146,8 @@ TEST_F(StorageTimeoutTest, sgMapIsReadOncePerRun) {
 }
 
 TEST_F(StorageTimeoutTest, collectionThatHangsYieldsNoTableAndSaysSo) {
-  setLimit(200);
+  const test::CapturedTraces failures("MIN");
+  const TimeLimit limit(200);
   letModprobeLoadTheModule();
   StuckDevice stuck;
   machine.devices["/dev/sg0"] = stuck.node();
@@ -143,6 +163,7 @@ TEST_F(StorageTimeoutTest, collectionThatHangsYieldsNoTableAndSaysSo) {
   EXPECT_LT(elapsed, std::chrono::milliseconds(300));
   EXPECT_TRUE(hasAbandonedWorkers());
   EXPECT_EQ(machine.started.back(), kUnload);
+  EXPECT_EQ(failures.count("getTable() hardware Thread for StorageGroup hang : -172"), 1);
 
   // The driver deletes the group while the worker is still at work.
   stuck.waitUntilRead();
@@ -152,7 +173,7 @@ TEST_F(StorageTimeoutTest, collectionThatHangsYieldsNoTableAndSaysSo) {
 }
 
 TEST_F(StorageTimeoutTest, nextCollectionAfterAHangStartsAfresh) {
-  setLimit(200);
+  const TimeLimit limit(200);
   ScriptedSgDevice first;
   StuckDevice stuck;
   machine.devices["/dev/sg0"] = first.genericNode();
@@ -163,7 +184,7 @@ TEST_F(StorageTimeoutTest, nextCollectionAfterAHangStartsAfresh) {
   stuck.waitUntilRead();
 
   // The worker is in the middle of its walk over the nodes and keeps its place there.
-  setLimit(60000);
+  const TimeLimit enough(60000);
   FakeHost repaired;
   ScriptedSgDevice second;
   repaired.devices["/dev/sg0"] = second.genericNode();
@@ -174,8 +195,23 @@ TEST_F(StorageTimeoutTest, nextCollectionAfterAHangStartsAfresh) {
   stuck.releaseAndJoin();
 }
 
+TEST_F(StorageTimeoutTest, workerThatCannotBeStartedYieldsNoTableAndSaysSo) {
+  const test::CapturedTraces failures("MIN");
+  letModprobeLoadTheModule();
+  ::testing::internal::CaptureStderr();
+  {
+    const NoThreads refused;
+    StorageGroup group;
+    EXPECT_EQ(group.getTable(), nullptr);
+  }
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "quenlor: Storage could not be started and is left out\n");
+  EXPECT_EQ(failures.count("getTable() hardware Thread for StorageGroup cannot be started"), 1);
+  EXPECT_EQ(machine.started.back(), kUnload);
+}
+
 TEST_F(StorageTimeoutTest, limitThatIsNoNumberGivesUpAtOnceUnlessDone) {
-  setLimit(0);
+  const TimeLimit limit(0);
   StuckDevice stuck;
   machine.devices["/dev/sg0"] = stuck.node();
   ::testing::internal::CaptureStderr();

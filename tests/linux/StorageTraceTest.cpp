@@ -1,16 +1,14 @@
 // What a collection writes to the trace file: operators search it for these texts.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include "linux/FdiskOutput.h"
 #include "linux/SgModule.h"
 #include "linux/StorageGroup.h"
 #include "tests/linux/ScriptedSgDevice.h"
+#include "tests/support/CapturedTraces.h"
 
 namespace quenlor {
 namespace {
@@ -22,34 +20,14 @@ using ::testing::Not;
 
 class StorageTraceTest : public ::testing::Test {
  protected:
-  StorageTraceTest() {
-    std::string pattern = ::testing::TempDir() + "quenlor-storage-trace-XXXXXX";
-    m_directory = mkdtemp(pattern.data());
-    traceAt("MAX");
-  }
-  ~StorageTraceTest() override {
-    CcLogWrapper::initialize(nullptr);
-    std::filesystem::remove_all(m_directory);
-  }
-
-  void traceAt(const std::string& level) {
-    const std::string properties = m_directory + "/DovTrace.properties";
-    std::ofstream(properties) << "trace.file = trace\ntrace.level = " << level << "\n";
-    CcLogWrapper::initialize(properties.c_str());
-  }
-
-  std::string trace() const {
-    std::ostringstream text;
-    text << std::ifstream(m_directory + "/trace").rdbuf();
-    return text.str();
-  }
+  std::string trace() const { return m_traces.text(); }
 
   void collect() { const std::unique_ptr<VelTable> table(StorageGroup().generateTable()); }
 
   FakeHost machine;
 
  private:
-  std::string m_directory;
+  test::CapturedTraces m_traces;
 };
 
 TEST_F(StorageTraceTest, gatherersAreFramedInTheirOrder) {
@@ -117,7 +95,7 @@ TEST_F(StorageTraceTest, scsiNodesAreFollowedFromNameToRow) {
 }
 
 TEST_F(StorageTraceTest, failuresOfTheKernelsSourceAreNamedAtTheLowestLevel) {
-  traceAt("MIN");
+  const test::CapturedTraces failures("MIN");
   ScriptedSgDevice noAddress;
   noAddress.addressFails = true;
   ScriptedSgDevice noInquiry;
@@ -131,7 +109,7 @@ TEST_F(StorageTraceTest, failuresOfTheKernelsSourceAreNamedAtTheLowestLevel) {
   machine.devices["/dev/sg3"] = disk.genericNode();
   machine.openErrors["/dev/sg3"] = EBUSY;
   collect();
-  const std::string text = trace();
+  const std::string text = failures.text();
   for (const char* record : {"get_scsi_info: SG_GET_SCSI_ID ioctl failed for device '/dev/sg0'.",
                              "get_scsi_info: SG_IO ioctl failed for device '/dev/sg1'.",
                              "get_scsi_idlun: SCSI_IOCTL_GET_IDLUN ioctl failed.",

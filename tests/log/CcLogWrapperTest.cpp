@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "base/Trace.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlor {
 namespace {
@@ -27,32 +28,20 @@ const TraceFunction at{kSourcePath, "getTable()"};
 
 class CcLogWrapperTest : public testing::Test {
  protected:
-  CcLogWrapperTest() {
-    std::string pattern = testing::TempDir() + "quenlor-log-XXXXXX";
-    m_directory = mkdtemp(pattern.data());
-  }
-  ~CcLogWrapperTest() override {
-    CcLogWrapper::initialize(nullptr);
-    std::filesystem::remove_all(m_directory);
-  }
+  ~CcLogWrapperTest() override { CcLogWrapper::initialize(nullptr); }
 
-  std::string path(const std::string& name) const { return m_directory + "/" + name; }
+  std::string path(const std::string& name) const { return m_directory.path(name); }
 
   void initialize(const std::string& properties) const {
-    std::ofstream(path("DovTrace.properties")) << properties;
-    CcLogWrapper::initialize(path("DovTrace.properties").c_str());
+    CcLogWrapper::initialize(m_directory.write("DovTrace.properties", properties).c_str());
   }
   void initializeAt(const std::string& level) const {
     initialize("trace.file = " + path("trace") + "\ntrace.level = " + level + "\n");
   }
 
-  std::string trace(const std::string& name = "trace") const {
-    std::ostringstream content;
-    content << std::ifstream(path(name), std::ios::binary).rdbuf();
-    return content.str();
-  }
+  std::string trace(const std::string& name = "trace") const { return m_directory.read(name); }
 
-  std::string m_directory;
+  test::TemporaryDirectory m_directory;
 };
 
 void traceOneOfEach() {
@@ -141,7 +130,7 @@ TEST_F(CcLogWrapperTest, missingMalformedAndBinaryPropertiesMeanNoTracing) {
   testing::internal::CaptureStderr();
   CcLogWrapper::initialize(nullptr);
   EXPECT_FALSE(getCcLogHw()->isEnabled(TraceLevel::kMin));
-  CcLogWrapper::initialize(m_directory.c_str());
+  CcLogWrapper::initialize(m_directory.path().c_str());
   EXPECT_FALSE(getCcLogHw()->isEnabled(TraceLevel::kMin));
   const std::string file = "trace.file = " + path("trace") + "\ntrace.level = MAX\n";
   for (const std::string& wrong :
@@ -159,7 +148,7 @@ TEST_F(CcLogWrapperTest, aTraceFileThatCannotBeOpenedMeansNoTracing) {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
-  for (const std::string& file : {path("missing/trace"), m_directory, path("pipe"),
+  for (const std::string& file : {path("missing/trace"), m_directory.path().string(), path("pipe"),
                                   std::string("/dev/full"), std::string("/proc/self/trace")}) {
     initialize("trace.level = MAX\ntrace.file = " + file);
     EXPECT_FALSE(getCcLogHw()->isEnabled(TraceLevel::kMin)) << file;

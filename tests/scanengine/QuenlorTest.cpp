@@ -14,6 +14,7 @@
 #include "scanengine/EntryBuilder.h"
 #include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlor {
 namespace {
@@ -61,8 +62,6 @@ class FailingBuilder : public EntryBuilder {
 class QuenlorTest : public ::testing::Test {
  protected:
   QuenlorTest() {
-    std::string pattern = testing::TempDir() + "quenlor-program-XXXXXX";
-    directory = ::mkdtemp(pattern.data());
     write("quenlor", "");
     write("quenlor.conf", "");
     g_log = {};
@@ -70,22 +69,15 @@ class QuenlorTest : public ::testing::Test {
       return id == 0 ? nullptr : new LoggingGroup(static_cast<uint32_t>(id));
     });
   }
-  ~QuenlorTest() override {
-    GroupFactory::getInstance().setCreator(nullptr);
-    fs::remove_all(directory);
-  }
+  ~QuenlorTest() override { GroupFactory::getInstance().setCreator(nullptr); }
 
-  std::string path(const std::string& name) const { return directory / name; }
+  std::string path(const std::string& name) const { return directory.path(name); }
 
   void write(const std::string& name, const std::string& text) const {
-    std::ofstream(path(name), std::ios::binary) << text;
+    directory.write(name, text);
   }
 
-  std::string read(const std::string& name) const {
-    std::stringstream content;
-    content << std::ifstream(path(name)).rdbuf();
-    return content.str();
-  }
+  std::string read(const std::string& name) const { return directory.read(name); }
 
   int run(std::vector<std::string> arguments) {
     EntryBuilder builder;
@@ -114,7 +106,7 @@ class QuenlorTest : public ::testing::Test {
     return g_log.collected;
   }
 
-  fs::path directory;
+  test::TemporaryDirectory directory;
   std::string out;
   std::string err;
 };
@@ -128,7 +120,7 @@ constexpr const char* kOneMemoryTable =
 class QuenlorTraceTest : public QuenlorTest {
  protected:
   QuenlorTraceTest() {
-    write("quenlor.conf", "config_dir = " + directory.string() + "\n");
+    write("quenlor.conf", "config_dir = " + directory.path().string() + "\n");
     write("DovTrace.properties", "trace.file = trace\ntrace.level = MAX\n");
     GroupFactory::getInstance().setCreator([](unsigned long id) -> VelGroup* {
       return id == group::kMemory ? new LoggingGroup(group::kMemory) : nullptr;
@@ -140,10 +132,10 @@ class QuenlorTraceTest : public QuenlorTest {
   std::vector<std::string> tracesOf(const std::vector<std::string>& arguments) {
     run(arguments);
     std::vector<std::string> records;
-    for (const std::string& record : test::readTraces(directory / "trace")) {
+    for (const std::string& record : test::readTraces(directory.path("trace"))) {
       if (record.find(" scanengine/quenlor.cpp ") != std::string::npos) records.push_back(record);
     }
-    fs::remove(directory / "trace");
+    fs::remove(directory.path("trace"));
     return records;
   }
 
@@ -270,7 +262,7 @@ TEST_F(QuenlorTest, headerErrorEndsTheRunBeforeAnyCollection) {
   EXPECT_EQ(run({"-o", "/nonexistent/directory/out"}), 4);
   EXPECT_TRUE(g_log.collected.empty());
   EXPECT_EQ(err, "quenlor: /nonexistent/directory/out: the output cannot be written\n");
-  EXPECT_EQ(run({"-o", directory.string()}), 11);  // a directory opens for reading only
+  EXPECT_EQ(run({"-o", directory.path().string()}), 11);  // a directory opens for reading only
   EXPECT_TRUE(g_log.collected.empty());
 }
 

@@ -15,6 +15,7 @@
 
 #include "com/catalogue/Catalogue.h"
 #include "com/model/VelTable.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlor::test {
 
@@ -22,18 +23,13 @@ namespace quenlor::test {
 class DocumentFolder {
  public:
   DocumentFolder() {
-    std::string name = testing::TempDir() + "quenlor-writers-XXXXXX";
-    m_path = mkdtemp(name.data());
-    std::filesystem::permissions(m_path, std::filesystem::perms(0755));
+    std::filesystem::permissions(m_directory.path(), std::filesystem::perms(0755));
   }
-  ~DocumentFolder() { std::filesystem::remove_all(m_path); }
-  DocumentFolder(const DocumentFolder&) = delete;
-  DocumentFolder& operator=(const DocumentFolder&) = delete;
 
-  std::string path(const std::string& name) const { return m_path / name; }
+  std::string path(const std::string& name) const { return m_directory.path(name); }
 
  private:
-  std::filesystem::path m_path;
+  TemporaryDirectory m_directory;
 };
 
 inline std::string contentOf(const std::string& path) {

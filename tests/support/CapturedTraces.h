@@ -6,12 +6,12 @@
 #include <fstream>
 #include <iterator>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 #include "log/CcLogWrapper.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlor::test {
 
@@ -34,25 +34,27 @@ inline std::vector<std::string> readTraces(const std::filesystem::path& path) {
   return records;
 }
 
-// Traces everything into a directory of its own.
+// Traces into a directory of its own: everything, or from the given level on.
 class CapturedTraces {
  public:
-  CapturedTraces() : m_directory(makeDirectory()) {
-    const std::string properties = m_directory / "DovTrace.properties";
-    std::ofstream(properties) << "trace.level = MAX\ntrace.file = trace\n";
-    CcLogWrapper::initialize(properties.c_str());
+  explicit CapturedTraces(const std::string& level = "MAX") {
+    const std::string properties =
+        "trace.level = " + level + "\ntrace.file = trace\ntrace.size = 100000000\n";
+    CcLogWrapper::initialize(m_directory.write("DovTrace.properties", properties).c_str());
   }
-  ~CapturedTraces() {
-    CcLogWrapper::initialize(nullptr);
-    std::filesystem::remove_all(m_directory);
-  }
+  ~CapturedTraces() { CcLogWrapper::initialize(nullptr); }
   CapturedTraces(const CapturedTraces&) = delete;
   CapturedTraces& operator=(const CapturedTraces&) = delete;
 
-  // The records so far, in order: time, kind, source path, function and text in one line each.
-  std::vector<std::string> records() const {
+  // The trace file so far.
+  std::string text() const {
     CcLogWrapper::cleanupInstances();
-    std::ifstream file(m_directory / "trace");
+    return m_directory.read("trace");
+  }
+
+  // Its lines, in order: time, kind, source path, function and text in one line each.
+  std::vector<std::string> records() const {
+    std::istringstream file(text());
     std::vector<std::string> lines;
     for (std::string line; std::getline(file, line);) lines.push_back(line);
     return lines;
@@ -61,7 +63,7 @@ class CapturedTraces {
   // The records so far as readTraces() gives them.
   std::vector<std::string> texts() const {
     CcLogWrapper::cleanupInstances();
-    return readTraces(m_directory / "trace");
+    return readTraces(m_directory.path("trace"));
   }
 
   // How many records end with the text.
@@ -71,12 +73,15 @@ class CapturedTraces {
                          [&](const std::string& line) { return line.ends_with(text); });
   }
 
-  // True when a record holds the text.
-  bool contains(const std::string& text) const {
+  // How many records hold the text.
+  long countHolding(const std::string& text) const {
     const std::vector<std::string> lines = records();
-    return std::any_of(lines.begin(), lines.end(),
-                       [&](const std::string& line) { return line.find(text) != line.npos; });
+    return std::count_if(lines.begin(), lines.end(),
+                         [&](const std::string& line) { return line.find(text) != line.npos; });
   }
+
+  // True when a record holds the text.
+  bool contains(const std::string& text) const { return countHolding(text) > 0; }
 
   // The number of the first record that ends with the text, or -1.
   long position(const std::string& text) const {
@@ -87,12 +92,7 @@ class CapturedTraces {
   }
 
  private:
-  static std::filesystem::path makeDirectory() {
-    std::string pattern = std::filesystem::temp_directory_path() / "quenlor-traces-XXXXXX";
-    return ::mkdtemp(pattern.data());
-  }
-
-  std::filesystem::path m_directory;
+  TemporaryDirectory m_directory;
 };
 
 }  // namespace quenlor::test

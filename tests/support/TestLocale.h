@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/support/TemporaryDirectory.h"
+
 namespace quenlor::test {
 
 // The process's locale for the object's lifetime.
@@ -31,29 +33,20 @@ class ScopedLocale {
 // has no localedef or no sources of locales.
 class CompiledLocale {
  public:
-  CompiledLocale(const std::string& name, const std::string& source, const std::string& charmap)
-      : m_folder(makeFolder()) {
+  CompiledLocale(const std::string& name, const std::string& source, const std::string& charmap) {
     const std::string command = "localedef -c --quiet -i '" + source + "' -f " + charmap + " '" +
-                                (m_folder / name).string() + "' >/dev/null 2>&1";
-    m_made = std::system(command.c_str()) != -1 && std::filesystem::exists(m_folder / name);
-    setenv("LOCPATH", m_folder.c_str(), 1);
+                                m_folder.path(name) + "' >/dev/null 2>&1";
+    m_made = std::system(command.c_str()) != -1 && std::filesystem::exists(m_folder.path(name));
+    setenv("LOCPATH", m_folder.path().c_str(), 1);
   }
-  ~CompiledLocale() {
-    unsetenv("LOCPATH");
-    std::filesystem::remove_all(m_folder);
-  }
+  ~CompiledLocale() { unsetenv("LOCPATH"); }
   CompiledLocale(const CompiledLocale&) = delete;
   CompiledLocale& operator=(const CompiledLocale&) = delete;
 
   explicit operator bool() const { return m_made; }
 
  private:
-  static std::filesystem::path makeFolder() {
-    std::string name = testing::TempDir() + "quenlor-locale-XXXXXX";
-    return mkdtemp(name.data());
-  }
-
-  std::filesystem::path m_folder;
+  TemporaryDirectory m_folder;
   bool m_made;
 };
 

@@ -11,6 +11,7 @@
 #include "com/factory/HWXmlDovParser.h"
 #include "config/DovCfg.h"
 #include "tests/support/CapturedTraces.h"
+#include "tests/support/TemporaryDirectory.h"
 #include "xmltree/Node.h"
 
 namespace quenlor {
@@ -20,16 +21,8 @@ namespace fs = std::filesystem;
 
 class GroupFactoryTest : public ::testing::Test {
  protected:
-  GroupFactoryTest() {
-    std::string pattern = testing::TempDir() + "quenlor-factory-XXXXXX";
-    directory = ::mkdtemp(pattern.data());
-  }
-  ~GroupFactoryTest() override { fs::remove_all(directory); }
-
   std::string write(const std::string& name, const std::string& text) const {
-    const std::string path = directory / name;
-    std::ofstream(path, std::ios::binary) << text;
-    return path;
+    return directory.write(name, text);
   }
 
   // Names that loading the text adds, after the names that earlier tests left in the process-wide
@@ -43,7 +36,7 @@ class GroupFactoryTest : public ::testing::Test {
     return added;
   }
 
-  fs::path directory;
+  test::TemporaryDirectory directory;
   GroupFactory& factory = GroupFactory::getInstance();
 };
 
@@ -80,16 +73,16 @@ TEST_F(GroupFactoryTest, malformedFilesAreParseErrors) {
   EXPECT_EQ(groupsOf("<Hardware><Group Name='A'/>", 2), Names{});
   EXPECT_EQ(groupsOf("", 2), Names{});
   EXPECT_EQ(groupsOf("just text", 2), Names{});
-  EXPECT_EQ(factory.loadNodeFromFile(directory.string(), kHardwareSection), 2);
+  EXPECT_EQ(factory.loadNodeFromFile(directory.path().string(), kHardwareSection), 2);
 }
 
 TEST_F(GroupFactoryTest, missingFileCannotBeOpened) {
-  EXPECT_EQ(factory.loadNodeFromFile((directory / "none.xml").string(), kHardwareSection), 5);
-  EXPECT_EQ(factory.loadNodeFromFile((directory / "none.xml").string(), kProcessorsSection), 5);
+  EXPECT_EQ(factory.loadNodeFromFile(directory.path("none.xml"), kHardwareSection), 5);
+  EXPECT_EQ(factory.loadNodeFromFile(directory.path("none.xml"), kProcessorsSection), 5);
 }
 
 TEST_F(GroupFactoryTest, otherSectionsAreIgnoredWithoutReadingTheFile) {
-  EXPECT_EQ(factory.loadNodeFromFile((directory / "none.xml").string(), 2), 0);
+  EXPECT_EQ(factory.loadNodeFromFile(directory.path("none.xml"), 2), 0);
   EXPECT_EQ(factory.loadNodeFromFile("", 0), 0);
 }
 
@@ -251,7 +244,7 @@ TEST_F(GroupFactoryTest, loadingProcessorsTracesNodesAndElements) {
 
 TEST_F(GroupFactoryTest, failingLoadsTraceWhatFailedAtTheLowestLevel) {
   const std::string broken = write("broken.xml", "<Processors>\n");
-  const std::string missing = directory / "none.xml";
+  const std::string missing = directory.path("none.xml");
   const test::CapturedTraces traces;
   EXPECT_EQ(factory.loadNodeFromFile(missing, kProcessorsSection), 5);
   const std::string at = " com/GroupFactory.cpp loadNodeFromFile() hardware ";

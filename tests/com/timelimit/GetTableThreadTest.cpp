@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-#include "tests/com/timelimit/ConfiguredProgram.h"
+#include "tests/support/ConfiguredProgram.h"
 
 namespace quenlor {
 namespace {

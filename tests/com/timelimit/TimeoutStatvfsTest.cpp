@@ -17,7 +17,7 @@
 
 #include "base/Event.h"
 #include "com/timelimit/GetTableThread.h"
-#include "tests/com/timelimit/ConfiguredProgram.h"
+#include "tests/support/ConfiguredProgram.h"
 #include "tests/support/FakeHost.h"
 
 namespace quenlor {
@@ -237,7 +237,8 @@ TEST(TimeoutStatvfs, finishedWorkersLeaveNothingBehind) {
   FakeHost machine;
   machine.fileSystems[kMount];
   struct statvfs size {};
-  timeout_statvfs(kMount, &size, kGenerous);  // a sanitizer's own thread starts with the first worker
+  timeout_statvfs(kMount, &size,
+                  kGenerous);  // a sanitizer's own thread starts with the first worker
   const size_t before = threadsOfProcess();
   for (int call = 0; call < 50; ++call) timeout_statvfs(kMount, &size, kGenerous);
   // The kernel lists a thread for a moment longer than joining it takes.

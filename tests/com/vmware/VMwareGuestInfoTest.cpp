@@ -5,7 +5,7 @@
 
 #include <map>
 
-#include "tests/linux/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
 
 namespace quenlor::test {
@@ -101,6 +101,37 @@ TEST(VMwareGuestInfo, libraryOfTheSearchPathIsTheSecondChoice) {
   EXPECT_EQ(host.symbols.size(), 9u);
 }
 
+TEST(VMwareGuestInfo, readIsTracedStepByStep) {
+  CapturedTraces trace;
+  LoaderHost host;
+  host.install(kToolsPath, "stub_guest_complete");
+  {
+    VMwareGuestInfoProvider provider;
+    VMwareGuestInfo info = untouched();
+    ASSERT_TRUE(provider.retrieveGuestInfo(info));
+  }
+  const std::vector<std::string> texts = trace.texts();
+  auto next = texts.begin();
+  for (const char* text :
+       {"MID entry com/VMwareGuestInfo.cpp VMwareGuestInfoProvider_impl() hardware "
+        "VMwareGuestInfoProvider_impl()",
+        "MID exit com/VMwareGuestInfo.cpp VMwareGuestInfoProvider_impl() hardware "
+        "VMwareGuestInfoProvider_impl()",
+        "hardware retrieve()", "hardware VMGuestLib_OpenHandle = 0x",
+        "hardware VMGuestLib_UpdateInfo = 0", "hardware hostMHz = 2000, error=0",
+        "hardware cpuReservationMHz = 500, error=0", "hardware cpuLimitMHz = 3000, error=0",
+        "hardware cpuShares = 1000, error=0", "hardware result=1",
+        "MID entry com/VMwareGuestInfo.cpp ~VMwareGuestInfoProvider_impl() hardware "
+        "~VMwareGuestInfoProvider_impl()",
+        "MID exit com/VMwareGuestInfo.cpp ~VMwareGuestInfoProvider_impl() hardware "
+        "~VMwareGuestInfoProvider_impl()"}) {
+    next = std::find_if(next, texts.end(), [&](const std::string& record) {
+      return record.find(text) != std::string::npos;
+    });
+    ASSERT_NE(next, texts.end()) << text;
+  }
+}
+
 TEST(VMwareGuestInfo, repeatedReadsKeepTheLibraryAndItsHandle) {
   LoaderHost host;
   host.install(kToolsPath, "stub_guest_complete");
@@ -114,19 +145,20 @@ TEST(VMwareGuestInfo, repeatedReadsKeepTheLibraryAndItsHandle) {
 }
 
 TEST(VMwareGuestInfo, withoutToolsBothLoadsFailWithAMessageEach) {
-  TraceCapture trace;
+  CapturedTraces trace;
   LoaderHost host;
   VMwareGuestInfoProvider provider;
   VMwareGuestInfo info = untouched();
   EXPECT_FALSE(provider.retrieveGuestInfo(info));
   expectUntouched(info);
-  EXPECT_EQ(trace.count("MIN"), 2);
-  EXPECT_EQ(trace.count("hardware Failed to load guest API library, error=/no/such/library"), 2);
-  EXPECT_TRUE(trace.has("hardware result=0"));
+  EXPECT_EQ(trace.countHolding("MIN"), 2);
+  EXPECT_EQ(trace.countHolding("hardware Failed to load guest API library, error=/no/such/library"),
+            2);
+  EXPECT_TRUE(trace.contains("hardware result=0"));
 }
 
 TEST(VMwareGuestInfo, oldLibraryWithoutHostSpeedIsUnloadedAgain) {
-  TraceCapture trace;
+  CapturedTraces trace;
   LoaderHost host;
   host.install(kToolsPath, "stub_guest_missing_speed");
   {
@@ -136,8 +168,8 @@ TEST(VMwareGuestInfo, oldLibraryWithoutHostSpeedIsUnloadedAgain) {
     expectUntouched(info);
     EXPECT_EQ(host.loaded, 0);
     EXPECT_EQ(host.symbols.size(), 9u);
-    EXPECT_TRUE(trace.has("hardware Failed to resolve all symbols"));
-    EXPECT_TRUE(trace.has("hardware glGetHostProcessorSpeed=00000000"));
+    EXPECT_TRUE(trace.contains("hardware Failed to resolve all symbols"));
+    EXPECT_TRUE(trace.contains("hardware glGetHostProcessorSpeed=00000000"));
 
     host.install(kToolsPath, "stub_guest_complete");  // updated meanwhile
     EXPECT_TRUE(provider.retrieveGuestInfo(info));
@@ -146,7 +178,7 @@ TEST(VMwareGuestInfo, oldLibraryWithoutHostSpeedIsUnloadedAgain) {
 }
 
 TEST(VMwareGuestInfo, sessionIdZeroIsInvalidAfterASuccessfulUpdate) {
-  TraceCapture trace;
+  CapturedTraces trace;
   LoaderHost host;
   host.install(kToolsPath, "stub_guest_session_zero");
   VMwareGuestInfoProvider provider;
@@ -155,33 +187,33 @@ TEST(VMwareGuestInfo, sessionIdZeroIsInvalidAfterASuccessfulUpdate) {
   expectUntouched(info);
   EXPECT_EQ(host.variable<int>("stubUpdateCalls"), 1);
   EXPECT_EQ(host.variable<int>("stubGetterCalls"), 0);
-  EXPECT_TRUE(trace.has("hardware VMGuestLib_GetSessionId invalid (0)"));
+  EXPECT_TRUE(trace.contains("hardware VMGuestLib_GetSessionId invalid (0)"));
 }
 
 TEST(VMwareGuestInfo, failedSessionIdIsFalse) {
-  TraceCapture trace;
+  CapturedTraces trace;
   LoaderHost host;
   host.install(kToolsPath, "stub_guest_session_error");
   VMwareGuestInfoProvider provider;
   VMwareGuestInfo info = untouched();
   EXPECT_FALSE(provider.retrieveGuestInfo(info));
   expectUntouched(info);
-  EXPECT_TRUE(trace.has("hardware VMGuestLib_GetSessionId failed: 5, Stub failure"));
+  EXPECT_TRUE(trace.contains("hardware VMGuestLib_GetSessionId failed: 5, Stub failure"));
 }
 
 TEST(VMwareGuestInfo, failedUpdateIsFalse) {
-  TraceCapture trace;
+  CapturedTraces trace;
   LoaderHost host;
   host.install(kToolsPath, "stub_guest_update_error");
   VMwareGuestInfoProvider provider;
   VMwareGuestInfo info = untouched();
   EXPECT_FALSE(provider.retrieveGuestInfo(info));
   expectUntouched(info);
-  EXPECT_TRUE(trace.has("hardware VMGuestLib_UpdateInfo failed: 3, Stub failure"));
+  EXPECT_TRUE(trace.contains("hardware VMGuestLib_UpdateInfo failed: 3, Stub failure"));
 }
 
 TEST(VMwareGuestInfo, failedGetterInTheMiddleLetsTheOthersRun) {
-  TraceCapture trace;
+  CapturedTraces trace;
   LoaderHost host;
   host.install(kToolsPath, "stub_guest_failing_getter");
   VMwareGuestInfoProvider provider;
@@ -189,13 +221,14 @@ TEST(VMwareGuestInfo, failedGetterInTheMiddleLetsTheOthersRun) {
   EXPECT_FALSE(provider.retrieveGuestInfo(info));
   expectUntouched(info);
   EXPECT_EQ(host.variable<int>("stubGetterCalls"), 4);
-  EXPECT_TRUE(trace.has("hardware hostMHz = 2000, error=0"));
-  EXPECT_TRUE(trace.has("hardware cpuLimitMHz = 3000, error=4"));
-  EXPECT_TRUE(trace.has("hardware One or more of get functions failed, error=6, Stub failure"));
+  EXPECT_TRUE(trace.contains("hardware hostMHz = 2000, error=0"));
+  EXPECT_TRUE(trace.contains("hardware cpuLimitMHz = 3000, error=4"));
+  EXPECT_TRUE(
+      trace.contains("hardware One or more of get functions failed, error=6, Stub failure"));
 }
 
 TEST(VMwareGuestInfo, openThatFailedOnceIsTriedAgainByTheNextRead) {
-  TraceCapture trace;
+  CapturedTraces trace;
   LoaderHost host;
   host.install(kToolsPath, "stub_guest_open_once_failing");
   {
@@ -203,17 +236,17 @@ TEST(VMwareGuestInfo, openThatFailedOnceIsTriedAgainByTheNextRead) {
     VMwareGuestInfo info = untouched();
     EXPECT_FALSE(provider.retrieveGuestInfo(info));
     expectUntouched(info);
-    EXPECT_TRUE(trace.has("hardware VMGuestLib_OpenHandle() failed: 3, Stub failure"));
+    EXPECT_TRUE(trace.contains("hardware VMGuestLib_OpenHandle() failed: 3, Stub failure"));
     EXPECT_TRUE(provider.retrieveGuestInfo(info));
     expectStubValues(info);
     EXPECT_EQ(host.asked.size(), 1u);
   }
-  EXPECT_TRUE(trace.has("hardware VMGuestLib_CloseHandle()=0, Success"));
+  EXPECT_TRUE(trace.contains("hardware VMGuestLib_CloseHandle()=0, Success"));
   EXPECT_EQ(host.loaded, 0);
 }
 
 TEST(VMwareGuestInfo, handleThatNeverOpenedIsNotClosedAndMissingErrorTextsDoNoHarm) {
-  TraceCapture trace;
+  CapturedTraces trace;
   LoaderHost host;
   host.install(kToolsPath, "stub_guest_no_error_text");
   {
@@ -221,7 +254,7 @@ TEST(VMwareGuestInfo, handleThatNeverOpenedIsNotClosedAndMissingErrorTextsDoNoHa
     VMwareGuestInfo info = untouched();
     EXPECT_FALSE(provider.retrieveGuestInfo(info));
   }
-  EXPECT_FALSE(trace.has("VMGuestLib_CloseHandle()"));
+  EXPECT_FALSE(trace.contains("VMGuestLib_CloseHandle()"));
   EXPECT_EQ(host.loaded, 0);
 }
 

@@ -9,7 +9,7 @@
 #include <csignal>
 #include <thread>
 
-#include "tests/linux/TraceCapture.h"
+#include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
 
 namespace quenlor::test {
@@ -55,13 +55,13 @@ std::function<void(PortRegisters*)> answering(uint32_t eax, uint32_t ebx, uint32
 }
 
 TEST(CheckVirtual, faultOfThePortInputMeansNoVmware) {
-  TraceCapture trace;
+  CapturedTraces trace;
   FakeHost host;  // raises SIGSEGV
   EXPECT_EQ(check_virtual(), 0);
-  EXPECT_TRUE(trace.has("hardware signal handler backup successful"));
-  EXPECT_TRUE(trace.has("hardware not running on VMware"));
-  EXPECT_TRUE(trace.has("hardware signal handler restore successful"));
-  EXPECT_TRUE(trace.has("checkVirtual()"));
+  EXPECT_TRUE(trace.contains("hardware signal handler backup successful"));
+  EXPECT_TRUE(trace.contains("hardware not running on VMware"));
+  EXPECT_TRUE(trace.contains("hardware signal handler restore successful"));
+  EXPECT_TRUE(trace.contains("checkVirtual()"));
 }
 
 TEST(CheckVirtual, faultOfARealInstructionIsCaughtAsWell) {
@@ -99,42 +99,43 @@ TEST(CheckVirtual, asksForTheVersionOnTheBackdoorPort) {
 }
 
 TEST(CheckVirtual, wrongMagicIsNoVmware) {
-  TraceCapture trace;
+  CapturedTraces trace;
   FakeHost host;
   host.port = answering(6, 0xFFFFFFFF, 2);
   EXPECT_EQ(check_virtual(), 0);
-  EXPECT_TRUE(
-      trace.has("hardware incorrect virtual machine version: detected ffffffff required 564d5868"));
+  EXPECT_TRUE(trace.contains(
+      "hardware incorrect virtual machine version: detected ffffffff required 564d5868"));
 }
 
 TEST(CheckVirtual, wrongVersionIsNoVmware) {
-  TraceCapture trace;
+  CapturedTraces trace;
   FakeHost host;
   host.port = answering(5, kMagic, 2);
   EXPECT_EQ(check_virtual(), 0);
-  EXPECT_TRUE(trace.has("hardware VMware software version: detected 5 required 6"));
+  EXPECT_TRUE(trace.contains("hardware VMware software version: detected 5 required 6"));
 }
 
 TEST(CheckVirtual, productCodesOneToFourAreVmware) {
   const char* const kNames[] = {"Express", "ESX Server", "GSX Server", "Workstation"};
   for (uint32_t code = 1; code <= 4; ++code) {
-    TraceCapture trace;
+    CapturedTraces trace;
     FakeHost host;
     host.port = answering(6, kMagic, code);
     EXPECT_EQ(check_virtual(), 1) << code;
-    EXPECT_TRUE(trace.has("hardware call to 'vmware_door()' successful"));
-    EXPECT_TRUE(trace.has("hardware VMware software version 6"));
-    EXPECT_TRUE(trace.has(std::string("hardware VMware software product: ") + kNames[code - 1]));
+    EXPECT_TRUE(trace.contains("hardware call to 'vmware_door()' successful"));
+    EXPECT_TRUE(trace.contains("hardware VMware software version 6"));
+    EXPECT_TRUE(
+        trace.contains(std::string("hardware VMware software product: ") + kNames[code - 1]));
   }
 }
 
 TEST(CheckVirtual, otherProductCodesAreNot) {
   for (const uint32_t code : {0u, 5u, 0xFFFFFFFFu}) {
-    TraceCapture trace;
+    CapturedTraces trace;
     FakeHost host;
     host.port = answering(6, kMagic, code);
     EXPECT_EQ(check_virtual(), 0) << code;
-    EXPECT_TRUE(trace.has("hardware unknown VMware software product"));
+    EXPECT_TRUE(trace.contains("hardware unknown VMware software product"));
   }
 }
 

@@ -9,8 +9,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/linux/TraceCapture.h"
 #include "tests/linux/VmwareGuest.h"
+#include "tests/support/CapturedTraces.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlor::test {
 namespace {
@@ -38,14 +39,26 @@ TEST(GetInfo, firstCharacterIsNeverStripped) {
 }
 
 TEST(GetInfo, exitCodeIsReturnedAndTheOutputUntouched) {
-  TraceCapture trace;
+  CapturedTraces trace;
   FakeHost host;
   host.commands[kCommand] = {"No value found\n", 3 << 8};
   std::string text = "before";
   EXPECT_EQ(getInfo(text, kCommand), 3);
   EXPECT_EQ(text, "before");
   EXPECT_EQ(host.openCommands(), 0);
-  EXPECT_TRUE(trace.has("hardware command 'agent' exit with problems: return code = 3"));
+  EXPECT_TRUE(trace.contains("hardware command 'agent' exit with problems: return code = 3"));
+}
+
+TEST(GetInfo, stepsAreTraced) {
+  CapturedTraces trace;
+  FakeHost host;
+  host.commands[kCommand] = {"answer\n", 0};
+  std::string text;
+  EXPECT_EQ(getInfo(text, kCommand), 0);
+  for (const char* record :
+       {"hardware after command=agent", "hardware info retrieved successful = answer"}) {
+    EXPECT_TRUE(trace.contains(record)) << record;
+  }
 }
 
 TEST(GetInfo, exitCodeIsASignedByte) {
@@ -67,17 +80,17 @@ TEST(GetInfo, endByASignalIsNoExitCode) {
 }
 
 TEST(GetInfo, commandThatCannotBeRunIsMinusOne) {
-  TraceCapture trace;
+  CapturedTraces trace;
   FakeHost host;
   host.unstartableCommands.insert(kCommand);
   std::string text = "before";
   EXPECT_EQ(getInfo(text, kCommand), -1);
   EXPECT_EQ(text, "before");
-  EXPECT_TRUE(trace.has("hardware unable to obtain output stream from command 'agent'"));
+  EXPECT_TRUE(trace.contains("hardware unable to obtain output stream from command 'agent'"));
 }
 
 TEST(GetInfo, commandThatPrintsNothingIsMinusOneWhateverItsExitCode) {
-  TraceCapture trace;
+  CapturedTraces trace;
   FakeHost host;
   std::string text = "before";
   EXPECT_EQ(getInfo(text, kCommand), -1);  // missing: 127
@@ -85,7 +98,7 @@ TEST(GetInfo, commandThatPrintsNothingIsMinusOneWhateverItsExitCode) {
   EXPECT_EQ(getInfo(text, kCommand), -1);
   EXPECT_EQ(text, "before");
   EXPECT_EQ(host.openCommands(), 0);
-  EXPECT_EQ(trace.count("hardware no suitable output text from command 'agent'"), 2);
+  EXPECT_EQ(trace.countHolding("hardware no suitable output text from command 'agent'"), 2);
 }
 
 TEST(GetInfo, lineGrowsBeyondAnyBuffer) {
@@ -244,6 +257,23 @@ TEST(Retriever, hostInfoTurnsNoneIntoTheEmptyTextForThreeFields) {
   EXPECT_EQ(record.product, "none");
 }
 
+TEST(Retriever, hostInfoTracesItsResult) {
+  CapturedTraces trace;
+  FakeHost host;
+  for (const char* key :
+       {"dov_node_man", "dov_node_id", "dov_node_prod", "dov_node_ver", "dov_node_type"}) {
+    setAgentValue(host, key, "known");
+  }
+  HostInfo record;
+  EXPECT_EQ(getHostInfo(record), 0);
+  const std::vector<std::string> texts = trace.texts();
+  ASSERT_FALSE(texts.empty());
+  EXPECT_EQ(texts.front(),
+            "MID entry linux/enabler/retriever.cpp getHostInfo() hardware getHostInfo()");
+  EXPECT_EQ(trace.count("hardware buf=known"), 5);
+  EXPECT_EQ(texts.back(), "MID exit linux/enabler/retriever.cpp getHostInfo() hardware return = 0");
+}
+
 TEST(Retriever, hostInfoGivesTheResultOfTheLastKeyAndEmptiesWhatIsUnknown) {
   FakeHost host;
   setAgentValue(host, "dov_node_man", "Maker");
@@ -261,23 +291,17 @@ TEST(Retriever, hostInfoGivesTheResultOfTheLastKeyAndEmptiesWhatIsUnknown) {
 class AgentScript : public testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "agent-XXXXXX").string();
-    m_directory = mkdtemp(pattern.data());
     const char* path = getenv("PATH");
     m_path = path == nullptr ? "" : path;
-    setenv("PATH", (m_directory + ":" + m_path).c_str(), 1);
+    setenv("PATH", (m_directory.path().string() + ":" + m_path).c_str(), 1);
   }
-  void TearDown() override {
-    setenv("PATH", m_path.c_str(), 1);
-    std::filesystem::remove_all(m_directory);
-  }
+  void TearDown() override { setenv("PATH", m_path.c_str(), 1); }
   void write(const std::string& body) const {
-    const std::string file = m_directory + "/vmware-guestd";
-    std::ofstream(file) << "#!/bin/sh\n" << body;
+    const std::string file = m_directory.write("vmware-guestd", "#!/bin/sh\n" + body);
     chmod(file.c_str(), 0755);
   }
 
-  std::string m_directory;
+  test::TemporaryDirectory m_directory;
   std::string m_path;
 };
 
@@ -309,7 +333,7 @@ TEST_F(AgentScript, agentThatKnowsNothing) {
 }
 
 TEST_F(AgentScript, missingAgentPrintsNothing) {
-  setenv("PATH", m_directory.c_str(), 1);
+  setenv("PATH", m_directory.path().c_str(), 1);
   std::string text = "before";
   EXPECT_EQ(getInfo(text, agentCommand("dov_node_id").c_str()), -1);
   EXPECT_EQ(text, "before");
