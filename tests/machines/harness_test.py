@@ -16,6 +16,7 @@ from harness.machine import load_machine  # noqa: E402
 from harness.numbered import numbered  # noqa: E402
 from harness.scan import difference, well_formed  # noqa: E402
 from harness.stage import changes, scan_configuration, snapshot  # noqa: E402
+from harness.trace import golden_trace  # noqa: E402
 from harness.utmp import utmp_record  # noqa: E402
 
 ARCH = Rule("Operating System", "OS Arch", "ARCH", lambda value: value == "x86_64")
@@ -88,6 +89,44 @@ class Facts(unittest.TestCase):
         self.assertFalse(facts._is_build_stamp("2007-06-18 16:35:21"))
 
 
+class Traces(unittest.TestCase):
+    BRAND = Rule("PhysicalProcessor", "Brandname", "CPU_BRAND", "Xeon".__eq__, r" Brand: (.*)")
+
+    def golden(self, *texts, time="2026-01-02 03:04:05", number="17"):
+        lines = [f"{time}.678 MAX a.cpp:{number} f() {text}" for text in texts]
+        return golden_trace("\n".join([*lines, ""]), "2026-01-02 03:04:05".__eq__, [self.BRAND])
+
+    def test_time_and_line_number_are_taken_out(self):
+        self.assertEqual("MAX a.cpp f() hardware x\n", self.golden("hardware x"))
+
+    def test_record_of_another_time_stays(self):
+        self.assertIn("2026-01-02 03:04:06.678", self.golden("hardware x", time="2026-01-02 03:04:06"))
+
+    def test_record_without_a_line_number_stays(self):
+        self.assertIn("a.cpp:0 ", self.golden("hardware x", number="0"))
+
+    def test_real_value_becomes_a_placeholder_only_if_it_holds(self):
+        self.assertIn("hardware Brand: @CPU_BRAND@", self.golden("hardware Brand: Xeon"))
+        self.assertIn("hardware Brand: Opteron", self.golden("hardware Brand: Opteron"))
+
+    def test_three_equal_records_are_told_once_and_two_twice(self):
+        x = "MAX a.cpp f() x\n"
+        self.assertEqual(x + "... 3 times\n", self.golden("x", "x", "x"))
+        self.assertEqual(x + x, self.golden("x", "x"))
+
+    def test_two_records_in_turn_are_told_once(self):
+        x, y = "MAX a.cpp f() x\n", "MAX a.cpp f() y\n"
+        self.assertEqual(x + y + "... both 3 times\n" + x, self.golden(*"xyxyxyx"))
+
+    def test_text_of_several_lines_is_one_record(self):
+        self.assertEqual("MAX a.cpp f() x\ny\n... 3 times\n",
+                         self.golden("x\ny", "x\ny", "x\ny"))
+
+    def test_bytes_that_are_no_text_are_escaped(self):
+        text = b"x\xff\x1b".decode("utf-8", "surrogateescape")
+        self.assertEqual("MAX a.cpp f() x\\xff\\x1b\n", self.golden(text))
+
+
 class Stage(unittest.TestCase):
     def test_created_changed_and_removed_files_are_told(self):
         with tempfile.TemporaryDirectory() as directory:
@@ -131,6 +170,10 @@ class Machines(unittest.TestCase):
     def test_misspelled_key_is_refused(self):
         with self.assertRaisesRegex(ValueError, "hostnam"):
             self.load({"about": "x", "hostnam": "y"})
+
+    def test_trace_of_a_document_that_is_not_scanned_is_refused(self):
+        with self.assertRaisesRegex(ValueError, "traced"):
+            self.load({"about": "x", "documents": ["xml"], "traced": "mif"})
 
     def test_machine_without_documents_is_refused(self):
         with self.assertRaisesRegex(ValueError, "documents"):

@@ -43,7 +43,7 @@ def scan_machine(arguments):
             update = os.environ.get("QUENLOR_UPDATE_GOLDEN") == "1"
             complaints = [line for kind in machine.documents for line in scan.check(kind, update)]
             if machine.traced:
-                complaints += scan.check_traced()
+                complaints += scan.check_traced(update)
             namespace.unmount(root)
     finally:
         network.close()

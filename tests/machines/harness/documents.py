@@ -10,6 +10,7 @@ from dataclasses import dataclass
 from typing import Callable
 
 LIST = "list mode"  # the group of rules about entries of list mode; the attribute is the entry id
+TRACE = "trace"  # the group of rules about values that stand in no document
 
 
 @dataclass(frozen=True)
@@ -18,6 +19,7 @@ class Rule:
     attribute: str
     placeholder: str
     holds: Callable[[str], bool]  # of the value as written, unquoted
+    traced: str = ""  # pattern of a trace record that tells the value, as its first group
 
     def apply(self, value):
         return f"@{self.placeholder}@" if self.holds(value) else value

@@ -8,7 +8,7 @@ import re
 import time
 from dataclasses import dataclass
 
-from harness.documents import LIST, Rule
+from harness.documents import LIST, TRACE, Rule
 from harness.utmp import RUN_LVL
 
 
@@ -38,24 +38,29 @@ def _equals(expected):
 
 
 def _kernel():
-    release, arch = os.uname().release, os.uname().machine
+    release, version, arch = os.uname().release, os.uname().version, os.uname().machine
     major, minor, *rest = release.split(".", 2)
     group = "Operating System"
     return [
         Rule(group, "Major Version", "RELEASE_MAJOR", _equals(major)),
         Rule(group, "Minor Version", "RELEASE_MINOR", _equals(re.match(r"\d*", minor)[0] or 0)),
         Rule(group, "Sub Version", "RELEASE_SUB", _equals("".join(rest))),
-        Rule(group, "OS Arch", "ARCH", _equals(arch)),
+        Rule(group, "OS Arch", "ARCH", _equals(arch), r" Arch retrieved= (.*)"),
+        Rule(TRACE, "machine", "ARCH", _equals(arch), r" mach= (.*)"),
+        Rule(TRACE, "release", "RELEASE", _equals(release), r" rel= (.*)"),
+        Rule(TRACE, "version", "VERSION", _equals(version), r" ver= (.*)"),
         Rule(LIST, "osVersion", "RELEASE_MAJOR@.@RELEASE_MINOR", _equals(f"{major}.{minor}")),
     ]
 
 
 def _clock(moment):
-    during = _date_between(moment.start, moment.end, moment.timezone)
+    during = time_within(moment, _DATE)
     rules = [
         Rule("Scan Info", "Scan Date", "SCAN_DATE", during),
         Rule("Scan Info", "Build", "BUILD", _is_build_stamp),
         Rule(LIST, "scandate", "SCAN_DATE", during),
+        Rule(TRACE, "step of the storage group", "NOW", time_within(moment, "%a %b %e %H:%M:%S %Y"),
+             r" generateTable\(\) hardware (.*) (?:call|exit) "),
     ]
     if moment.boot is not None:
         since_boot = _between(int(moment.start) - moment.boot, int(moment.end) - moment.boot)
@@ -70,21 +75,19 @@ def _between(low, high):
 _DATE = "%Y-%m-%d-%H.%M.%S.000000"
 
 
-def _date_between(start, end, timezone):
-    def holds(value):
-        # Every second of the run, written as the machine's zone has it: no parsing, no ambiguity.
-        seconds = range(int(start), int(end) + 1)
-        return value in {_local_text(second, timezone) for second in seconds}
-
-    return holds
+def time_within(moment, form):
+    """Tells whether a text is a time of the run, in the machine's zone and the given form."""
+    # Every second of the run: no parsing, no ambiguity.
+    seconds = range(int(moment.start), int(moment.end) + 1)
+    return {_local_text(second, moment.timezone, form) for second in seconds}.__contains__
 
 
-def _local_text(second, timezone):
+def _local_text(second, timezone, form):
     before = os.environ.get("TZ")
     os.environ["TZ"] = timezone or "UTC0"
     time.tzset()
     try:
-        return time.strftime(_DATE, time.localtime(second))
+        return time.strftime(form, time.localtime(second))
     finally:
         os.environ.pop("TZ") if before is None else os.environ.update(TZ=before)
         time.tzset()
@@ -125,14 +128,16 @@ def _processor():
     maker = {"GenuineIntel": "Intel", "AuthenticAMD": "AMD"}.get(cpu["vendor_id"], cpu["vendor_id"])
     types = {"Original OEM Processor", "OverDrive Processor", "Dual Processor", "Reserved"}
     return [
-        Rule(group, "Manufacturer", "CPU_MAKER", _equals(maker)),
+        Rule(group, "Manufacturer", "CPU_MAKER", _equals(maker), " Adding Manufacturer: (.*)"),
         Rule(group, "Family", "CPU_FAMILY",
-             lambda value: value != "" and value in f"{cpu['model name']} Family {cpu['cpu family']}"),
-        Rule(group, "Type", "CPU_TYPE", types.__contains__),
+             lambda value: value != "" and value in f"{cpu['model name']} Family {cpu['cpu family']}",
+             " Adding Family: (.*)"),
+        Rule(group, "Type", "CPU_TYPE", types.__contains__, " Adding Type: (.*)"),
         Rule(group, "CpuFreq", "CPU_MHZ", str.isdecimal),
         Rule(group, "L2 Cache Size", "CPU_L2_KB", _is_second_level_cache),
-        Rule(group, "Brandname", "CPU_BRAND", _equals(cpu["model name"])),
-        Rule(group, "Signature", "CPU_SIGNATURE", _is_signature_of(cpu)),
+        Rule(group, "Brandname", "CPU_BRAND", _equals(cpu["model name"]), " Adding Brand: (.*)"),
+        Rule(group, "Signature", "CPU_SIGNATURE", _is_signature_of(cpu),
+             " Adding Signature: (.*)"),
         Rule(group, "Is64BitSupported", "CPU_64BIT", _equals("Y")),
     ]
 
@@ -143,7 +148,7 @@ def _core_counts():
     return [
         Rule("PhysicalProcessor", "Core Per Package Count", "CPU_CORES", positive),
         Rule("PhysicalProcessor", "Logical Proc Per Core", "CPU_THREADS", positive),
-        Rule("Lpar", "Node Capacity In Cores", "CPU_CORES", positive),
+        Rule("Lpar", "Node Capacity In Cores", "CPU_CORES", positive, " node capacity= (.*)"),
     ]
 
 

@@ -30,7 +30,8 @@ class Machine:
     dead_mounts: list = field(default_factory=list)  # where a file system never answers
     generate: list = field(default_factory=list)  # path, count, text, before, after
     sparse: dict = field(default_factory=dict)  # path to size of files full of zeros
-    traced: bool = False  # scan once more with full tracing: the document must not change
+    # Document to scan once more with full tracing: it must not change, and golden.trace comes out.
+    traced: str = ""
     # Commands that scripts of the machine and the scanner find in /bin, from busybox.
     commands: list = field(default_factory=lambda: ["cat", "rm", "sleep", "yes", "head", "kill"])
     host_files: list = field(default_factory=list)  # programs of the building machine to carry along
@@ -69,4 +70,6 @@ def load_machine(path):
         raise ValueError(f"{path.name}/machine.json: say what the machine is about")
     if not machine.documents or not set(machine.documents) <= set(DOCUMENTS):
         raise ValueError(f"{path.name}/machine.json: documents are some of {DOCUMENTS}")
+    if machine.traced and machine.traced not in machine.documents:
+        raise ValueError(f"{path.name}/machine.json: traced is one of its documents")
     return machine

@@ -11,9 +11,12 @@ from harness.documents import with_placeholders
 from harness.machine import DOCUMENT_OPTIONS
 from harness.stage import (
     INSTALL, KERNEL, SCAN_CONFIGURATION, SUPPRESSIONS, changes, snapshot)
+from harness.trace import golden_trace
 
 PATH = "/usr/sbin:/usr/bin:/sbin:/bin"
 SANITIZED_SLOWDOWN = 10
+TRACE = "/tmp/trace"
+TRACE_TIME = "%Y-%m-%d %H:%M:%S"
 SANITIZER_OPTIONS = {"ASAN_OPTIONS": "detect_leaks=1",
                      "TSAN_OPTIONS": f"halt_on_error=1:suppressions=/{SUPPRESSIONS}"}
 
@@ -26,34 +29,39 @@ class Scan:
 
     def check(self, kind, update):
         """One run; returns what is wrong with it, as texts."""
-        masked, complaints = self._scan(kind)
+        masked, _, complaints = self._scan(kind)
         if masked is not None:
             complaints += self._compare(kind, masked, update)
         return [f"{kind}: {line}" for line in complaints]
 
-    def check_traced(self):
-        """With full tracing there is a trace, and the document is the same."""
+    def check_traced(self, update):
+        """With full tracing the document is the same, and the trace is the golden one."""
         settings = self._root / INSTALL / "DovTrace.properties"
-        trace = self._root / "tmp/trace"
-        settings.write_text("trace.level = MAX\ntrace.file = /tmp/trace\ntrace.size = 100000000\n")
-        masked, complaints = self._scan("xml", leaves=["/tmp/trace"])
+        trace = self._root / TRACE.lstrip("/")
+        settings.write_text(f"trace.level = MAX\ntrace.file = {TRACE}\ntrace.size = 100000000\n")
+        masked, moment, complaints = self._scan(self._machine.traced, leaves=[TRACE])
         if masked is not None:
-            complaints += self._compare("xml", masked, update=False)
-            records = trace.read_text(errors="replace").splitlines() if trace.exists() else []
-            complaints += [] if any("hardware" in record for record in records) else ["no trace"]
+            complaints += self._compare(self._machine.traced, masked, update=False)
+        if trace.exists():
+            text = trace.read_bytes().decode("utf-8", "surrogateescape")
+            masked = golden_trace(text, facts.time_within(moment, TRACE_TIME),
+                                  facts.rules_of(self._machine, moment))
+            complaints += self._compare("trace", masked, update)
         settings.unlink()
         trace.unlink(missing_ok=True)
-        return [f"traced: {line}" for line in complaints]
+        return [f"traced {line}" for line in complaints]
 
     def _scan(self, kind, leaves=()):
-        """The document with its placeholders, and what is wrong with the run around it."""
+        """The document with its placeholders, when the run was, and what is wrong with the run."""
         untouched = self._machine.dead_mounts
         before = snapshot(self._root, untouched)
         start = time.time()
         result = self._run(kind)
         end = time.time()
+        moment = facts.Moment(start, end, self._machine.environment.get("TZ", ""),
+                              facts.boot_time(self._machine))
         if result is None:
-            return None, ["the scan did not end"]
+            return None, moment, ["the scan did not end"]
         self._forget_processes()
         document, complaints = self._collect(result, kind)
         complaints += changes(before, snapshot(self._root, untouched),
@@ -61,10 +69,9 @@ class Scan:
         complaints += self._check_time(end - start)
         if kind == "xml":
             complaints += well_formed(document)
-        moment = facts.Moment(start, end, self._machine.environment.get("TZ", ""),
-                              facts.boot_time(self._machine))
         text = document.decode("utf-8", "surrogateescape")
-        return with_placeholders(kind, text, facts.rules_of(self._machine, moment)), complaints
+        rules = facts.rules_of(self._machine, moment)
+        return with_placeholders(kind, text, rules), moment, complaints
 
     def _run(self, kind):
         """The finished process; none when it had to be killed."""
