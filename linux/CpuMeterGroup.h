@@ -1,4 +1,5 @@
-// CpuMeter: processor times averaged per processor, from /proc/stat, and the up-time, from /proc/uptime.
+// CpuMeter: processor times averaged per processor, from /proc/stat, and the up-time, from
+// /proc/uptime.
 #pragma once
 
 #include "com/model/VelTable.h"

@@ -1,4 +1,5 @@
-// Operating System: the running kernel, from uname, and the distribution's name, from its release file.
+// Operating System: the running kernel, from uname, and the distribution's name, from its release
+// file.
 #pragma once
 
 #include "com/model/VelTable.h"

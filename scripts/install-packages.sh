@@ -4,7 +4,7 @@
 set -eu
 
 build='g++ cmake ninja-build python3 libexpat1-dev libspdlog-dev libfmt-dev'
-test="$build libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev clang-tidy
+test="$build libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev clang-format clang-tidy
       busybox-static cpio dmidecode dpkg-dev e2fsprogs fdisk file git groff hostname iproute2 kmod
       libxml2-utils lintian locales man-db mandoc mount net-tools pci.ids pciutils procps
       qemu-system-x86 sg3-utils util-linux xz-utils zstd"

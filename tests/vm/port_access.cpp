@@ -1,8 +1,8 @@
 // Executes a command with access to the I/O ports, so that a hypervisor's port can answer it.
 // The privilege level survives execve(2).
-#include <cstdio>
 #include <sys/io.h>
 #include <unistd.h>
+#include <cstdio>
 
 int main(int argc, char** argv) {
   if (argc < 2) {
