@@ -136,13 +136,14 @@ VelTable* MemoryModulesGroup::getTableLeg() {
   if (smbios == nullptr || !smbios->isAvailable()) return nullptr;
   const int devices = smbios->getTable17Total();
   const int modules = devices > 0 ? 0 : smbios->getTable6Total();
+  // Before the modules are looked at: the trace tells the limits of machines without any, too.
+  unsigned maxModuleSizeMB = 0;
+  unsigned slots = 0;
+  getMemorySpecs(&maxModuleSizeMB, &slots);
   if (devices == 0 && modules == 0) return nullptr;
   log->traceMAX(at(), "hardware %s %d",
                 devices > 0 ? "SMBIOS Table 17 is available:(" : "SMBIOS Table 6 is available:(",
                 devices + modules);
-  unsigned maxModuleSizeMB = 0;
-  unsigned slots = 0;
-  getMemorySpecs(&maxModuleSizeMB, &slots);
   auto table = std::make_unique<VelTable>(getGroupId(), getGroupVersion());
   for (int i = 0; i < devices + modules; ++i) {
     const auto index = static_cast<uint32_t>(i + 1);
