@@ -139,6 +139,13 @@ TEST_F(ProcessorGroupTest, firmwareWithOneSocketCapsTwoLogicalProcessors) {
   EXPECT_EQ(rows().size(), 1u);
 }
 
+// The comparison is unsigned: meant so.
+TEST_F(ProcessorGroupTest, negativeCountIsAboveAnyOfTheFirmware) {
+  m_host.nprocs = -1;
+  firmware(populated(2));
+  EXPECT_EQ(rows().size(), 2u);
+}
+
 TEST_F(ProcessorGroupTest, firmwareWithMoreSocketsRaisesNothing) {
   CapturedTraces trace;
   cpuinfo("processor\t: 0\nprocessor\t: 1\n", 2);

@@ -5,6 +5,6 @@ quenlor_test(enabler
 quenlor_test(processor
   SOURCES HostComponentIDGroupTest.cpp LParGroupTest.cpp PhysicalProcDescriptionTest.cpp
           PhysicalProcessorGroupTest.cpp ProcCpuinfoTest.cpp ProcessorFactsTest.cpp
-          ProcessorGroupTest.cpp
+          ProcessorGroupTest.cpp ProcessorTraceTest.cpp
   DEPENDS processor cpu_machine firmware_builder factory host identity log machine smbios vmware
           vtcmd)
