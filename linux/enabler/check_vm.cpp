@@ -120,11 +120,12 @@ void sigsegvhandler(int signalNumber) {
 
 int check_virtual() {
 #if defined(__x86_64__) || defined(__i386__)
-  const TraceFunction at{kSourcePath, "checkVirtual()"};
-  getCcLogHw()->traceMidEntry(at(), "hardware %s", "check_virtual()");
+  const TraceFunction atEntry{kSourcePath, "check_virtual()"};
+  const TraceFunction atExit{kSourcePath, "checkVirtual()"};  // trace readers know the exit so
+  getCcLogHw()->traceMidEntry(atEntry(), "hardware %s", "check_virtual()");
   PortRegisters registers{.eax = kMagic, .ebx = 0, .ecx = kGetVersionCommand, .edx = kBackdoorPort};
   const int result = askHypervisor(registers) && isSupportedAnswer(registers) ? 1 : 0;
-  getCcLogHw()->traceMidExit(at(), "hardware return=%d", result);
+  getCcLogHw()->traceMidExit(atExit(), "hardware return=%d", result);
   return result;
 #else
   return 0;

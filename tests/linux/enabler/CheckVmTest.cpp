@@ -61,7 +61,23 @@ TEST(CheckVirtual, faultOfThePortInputMeansNoVmware) {
   EXPECT_TRUE(trace.contains("hardware signal handler backup successful"));
   EXPECT_TRUE(trace.contains("hardware not running on VMware"));
   EXPECT_TRUE(trace.contains("hardware signal handler restore successful"));
-  EXPECT_TRUE(trace.contains("checkVirtual()"));
+}
+
+TEST(CheckVirtual, faultIsTracedAtTheLevelOfFailures) {
+  CapturedTraces trace("MIN");
+  FakeHost host;
+  check_virtual();
+  EXPECT_EQ(trace.records().size(), 1u);
+  EXPECT_EQ(trace.count("hardware not running on VMware"), 1);
+}
+
+TEST(CheckVirtual, onlyTheExitRecordNamesTheOtherFunction) {
+  CapturedTraces trace;
+  FakeHost host;
+  check_virtual();
+  EXPECT_EQ(trace.countHolding("checkVirtual()"), 1);
+  EXPECT_EQ(trace.count(" checkVirtual() hardware return=0"), 1);
+  EXPECT_EQ(trace.count(" check_virtual() hardware check_virtual()"), 1);
 }
 
 TEST(CheckVirtual, faultOfARealInstructionIsCaughtAsWell) {
@@ -99,7 +115,7 @@ TEST(CheckVirtual, asksForTheVersionOnTheBackdoorPort) {
 }
 
 TEST(CheckVirtual, wrongMagicIsNoVmware) {
-  CapturedTraces trace;
+  CapturedTraces trace("MIN");
   FakeHost host;
   host.port = answering(6, 0xFFFFFFFF, 2);
   EXPECT_EQ(check_virtual(), 0);
@@ -108,7 +124,7 @@ TEST(CheckVirtual, wrongMagicIsNoVmware) {
 }
 
 TEST(CheckVirtual, wrongVersionIsNoVmware) {
-  CapturedTraces trace;
+  CapturedTraces trace("MIN");
   FakeHost host;
   host.port = answering(5, kMagic, 2);
   EXPECT_EQ(check_virtual(), 0);
@@ -131,7 +147,7 @@ TEST(CheckVirtual, productCodesOneToFourAreVmware) {
 
 TEST(CheckVirtual, otherProductCodesAreNot) {
   for (const uint32_t code : {0u, 5u, 0xFFFFFFFFu}) {
-    CapturedTraces trace;
+    CapturedTraces trace("MIN");
     FakeHost host;
     host.port = answering(6, kMagic, code);
     EXPECT_EQ(check_virtual(), 0) << code;
