@@ -239,7 +239,7 @@ void countCores(Capacity& capacity) {
     capacity.nodeCores = static_cast<float>(capacity.nodeCapacity) * cores;
   }
   if (capacity.lparCores < 0 && capacity.lparCapacity > 0 && cores > 0) {
-    capacity.lparCores = cores * capacity.lparCapacity;
+    capacity.lparCores = std::min(cores * capacity.lparCapacity, FLT_MAX);
   }
 }
 

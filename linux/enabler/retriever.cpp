@@ -72,7 +72,7 @@ int exitCodeOf(int waitStatus) {
 double floatingValue(const std::string& text) {
   const char* first = text.c_str();
   while (std::isspace(static_cast<unsigned char>(*first)) != 0) ++first;
-  if (*first == '+') ++first;
+  if (first[0] == '+' && first[1] != '-') ++first;
   double value = 0;
   const auto parsed = std::from_chars(first, text.c_str() + text.size(), value);
   return parsed.ec == std::errc() && std::isfinite(value) ? value : 0;

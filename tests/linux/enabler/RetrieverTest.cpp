@@ -39,7 +39,7 @@ TEST(GetInfo, firstCharacterIsNeverStripped) {
 }
 
 TEST(GetInfo, exitCodeIsReturnedAndTheOutputUntouched) {
-  CapturedTraces trace;
+  CapturedTraces trace("MIN");
   FakeHost host;
   host.commands[kCommand] = {"No value found\n", 3 << 8};
   std::string text = "before";
@@ -80,7 +80,7 @@ TEST(GetInfo, endByASignalIsNoExitCode) {
 }
 
 TEST(GetInfo, commandThatCannotBeRunIsMinusOne) {
-  CapturedTraces trace;
+  CapturedTraces trace("MIN");
   FakeHost host;
   host.unstartableCommands.insert(kCommand);
   std::string text = "before";
@@ -90,7 +90,7 @@ TEST(GetInfo, commandThatCannotBeRunIsMinusOne) {
 }
 
 TEST(GetInfo, commandThatPrintsNothingIsMinusOneWhateverItsExitCode) {
-  CapturedTraces trace;
+  CapturedTraces trace("MIN");
   FakeHost host;
   std::string text = "before";
   EXPECT_EQ(getInfo(text, kCommand), -1);  // missing: 127
@@ -213,7 +213,8 @@ TEST(Retriever, guestCapacityHasADecimalPoint) {
 
 TEST(Retriever, guestCapacityThatIsNoFiniteNumberIsZero) {
   FakeHost host;
-  for (const char* text : {"", "unlimited", "nan", "inf", "-inf", "1e999", "."}) {
+  for (const char* text :
+       {"", "unlimited", "nan", "inf", "-inf", "1e999", ".", "+-5", "-+5", "+"}) {
     EXPECT_EQ(vmCapacityOf(host, text), 0) << text;
   }
 }
