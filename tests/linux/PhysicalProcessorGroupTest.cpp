@@ -190,7 +190,7 @@ constexpr const char* kNotReported =
     "will not be reported.";
 
 TEST_F(PhysicalProcessorGroupTest, nodeCapacityZeroIsReportedAsOneRowOfDefaultsAgainstTheMessage) {
-  CapturedTraces trace;
+  CapturedTraces trace("MIN");
   CpuMachine().installOn(m_host);
   becomeVmwareGuest(m_host);
   setAgentValue(m_host, "dov_node_capacity", "0");

@@ -110,6 +110,7 @@ TEST(VMwareGuestInfo, readIsTracedStepByStep) {
     VMwareGuestInfo info = untouched();
     ASSERT_TRUE(provider.retrieveGuestInfo(info));
   }
+  // The library's texts end with a newline of their own, before the record's.
   const std::vector<std::string> texts = trace.texts();
   auto next = texts.begin();
   for (const char* text :
@@ -117,12 +118,27 @@ TEST(VMwareGuestInfo, readIsTracedStepByStep) {
         "VMwareGuestInfoProvider_impl()",
         "MID exit com/VMwareGuestInfo.cpp VMwareGuestInfoProvider_impl() hardware "
         "VMwareGuestInfoProvider_impl()",
-        "hardware retrieve()", "hardware VMGuestLib_OpenHandle = 0x",
-        "hardware VMGuestLib_UpdateInfo = 0", "hardware hostMHz = 2000, error=0",
-        "hardware cpuReservationMHz = 500, error=0", "hardware cpuLimitMHz = 3000, error=0",
-        "hardware cpuShares = 1000, error=0", "hardware result=1",
+        "hardware retrieve()",
+        "hardware glGetErrorText=",
+        "hardware glOpenHandle=",
+        "hardware glGetSessionId=",
+        "hardware glUpdateInfo=",
+        "hardware glGetCpuReservationMHz=",
+        "hardware glGetCpuLimitMHz=",
+        "hardware glGetCpuShares=",
+        "hardware glGetHostProcessorSpeed=",
+        "hardware glCloseHandle=",
+        "hardware VMGuestLib_OpenHandle = 0x",
+        "hardware VMGuestLib_UpdateInfo = 0\n",
+        "hardware hostMHz = 2000, error=0\n",
+        "hardware cpuReservationMHz = 500, error=0\n",
+        "hardware cpuLimitMHz = 3000, error=0\n",
+        "hardware cpuShares = 1000, error=0\n",
+        "hardware result=1",
         "MID entry com/VMwareGuestInfo.cpp ~VMwareGuestInfoProvider_impl() hardware "
         "~VMwareGuestInfoProvider_impl()",
+        "MIN com/VMwareGuestInfo.cpp ~VMwareGuestInfoProvider_impl() hardware "
+        "VMGuestLib_CloseHandle()=0, Success\n",
         "MID exit com/VMwareGuestInfo.cpp ~VMwareGuestInfoProvider_impl() hardware "
         "~VMwareGuestInfoProvider_impl()"}) {
     next = std::find_if(next, texts.end(), [&](const std::string& record) {
@@ -168,6 +184,7 @@ TEST(VMwareGuestInfo, oldLibraryWithoutHostSpeedIsUnloadedAgain) {
     expectUntouched(info);
     EXPECT_EQ(host.loaded, 0);
     EXPECT_EQ(host.symbols.size(), 9u);
+    EXPECT_EQ(trace.countHolding("MIN"), 1);
     EXPECT_TRUE(trace.contains("hardware Failed to resolve all symbols"));
     EXPECT_TRUE(trace.contains("hardware glGetHostProcessorSpeed=00000000"));
 
@@ -178,7 +195,7 @@ TEST(VMwareGuestInfo, oldLibraryWithoutHostSpeedIsUnloadedAgain) {
 }
 
 TEST(VMwareGuestInfo, sessionIdZeroIsInvalidAfterASuccessfulUpdate) {
-  CapturedTraces trace;
+  CapturedTraces trace("MIN");
   LoaderHost host;
   host.install(kToolsPath, "stub_guest_session_zero");
   VMwareGuestInfoProvider provider;
@@ -223,12 +240,13 @@ TEST(VMwareGuestInfo, failedGetterInTheMiddleLetsTheOthersRun) {
   EXPECT_EQ(host.variable<int>("stubGetterCalls"), 4);
   EXPECT_TRUE(trace.contains("hardware hostMHz = 2000, error=0"));
   EXPECT_TRUE(trace.contains("hardware cpuLimitMHz = 3000, error=4"));
+  EXPECT_EQ(trace.countHolding("MIN"), 1);
   EXPECT_TRUE(
       trace.contains("hardware One or more of get functions failed, error=6, Stub failure"));
 }
 
 TEST(VMwareGuestInfo, openThatFailedOnceIsTriedAgainByTheNextRead) {
-  CapturedTraces trace;
+  CapturedTraces trace("MIN");
   LoaderHost host;
   host.install(kToolsPath, "stub_guest_open_once_failing");
   {
