@@ -24,10 +24,9 @@ struct VtExecInfo {
 //   section               key                    value
 //   (top level)           PhysicalPackageCount   physical packages (sockets in use)
 //   (top level)           ActiveCoreCount        physical cores with at least one online CPU
-//   Processor             Manufacturer           the maker's usual name ("Intel", "AMD"); the CPUID
-//                                                vendor text where the maker is not known
-//   Processor             Family                 product family of the brand string ("Xeon",
-//   "EPYC"),
+//   Processor             Manufacturer           the maker's usual name ("Intel", "AMD"), else the
+//                                                CPUID vendor text
+//   Processor             Family                 product family of the brand ("Xeon", "EPYC"),
 //                                                else "Family n" with the decimal CPUID family
 //   Processor             Type                   CPUID processor type: "Original OEM Processor",
 //                                                "OverDrive Processor", "Dual Processor",
@@ -37,13 +36,11 @@ struct VtExecInfo {
 //   Processor.L2Cache     Size                   one level-2 cache in kB (1024 bytes)
 //   Processor.CPUID       BrandString            brand string without its surrounding blanks
 //   Processor.CPUID       Signature              CPUID leaf 1 EAX, eight upper-case hex digits
-//   Processor.CPUID       CorePerPackageCount    cores of the largest package, offline ones
-//   included
-//                                                as far as the processor tells them
+//   Processor.CPUID       CorePerPackageCount    cores of the largest package, offline ones as far
+//                                                as the processor tells them
 //   Processor.CPUID       HtPerCoreCount         threads of the largest core, likewise
-//   Processor.Features    one per feature        1 or 0; "LM": 64-bit long mode, any maker;
-//   "IEM64T":
-//                                                the same, for Intel processors only
+//   Processor.Features    one per feature        1 or 0; "LM": 64-bit long mode of any maker;
+//                                                "IEM64T": the same, of Intel processors only
 //
 // The counts describe the whole machine: neither the caller's affinity mask nor the CPU that the
 // command happens to run on changes them.
