@@ -162,6 +162,9 @@ class CommandRunner::Child {
 
   void closeOutput() { m_output = OwnedDescriptor(); }
 
+  // Only before the leader is reaped: until then its zombie keeps the group's number from reuse.
+  void killGroup() const { ::kill(-m_pid, SIGKILL); }
+
   // Wait status, or -1 when the child cannot be reaped.
   int reap() {
     int status = -1;
@@ -188,9 +191,6 @@ class CommandRunner::Child {
     if (::ioctl(m_output.get(), FIONREAD, &waiting) != 0 || waiting < 0) waiting = 0;
     m_leftover = static_cast<size_t>(waiting);
   }
-
-  // Only before the leader is reaped: until then its zombie keeps the group's number from reuse.
-  void killGroup() const { ::kill(-m_pid, SIGKILL); }
 
   // True when there is nothing to wait for any more. A shell whose output has ended is gone within
   // microseconds, so the first naps are short.
@@ -262,6 +262,11 @@ int CommandRunner::finish(FILE* stream) {
   std::fclose(stream);
   child->closeOutput();
   return child->reap();
+}
+
+void CommandRunner::killAll() {
+  const std::lock_guard lock(m_mutex);
+  for (const auto& [stream, child] : m_children) child->killGroup();
 }
 
 }  // namespace quenlor

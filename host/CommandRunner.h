@@ -30,6 +30,10 @@ class CommandRunner {
   // the child cannot even be killed (stuck in the kernel).
   int finish(FILE* stream);
 
+  // Kills all commands whose streams are not finished. They are still to be finished; reading them
+  // ends with what was written by now.
+  void killAll();
+
  private:
   class Child;
   using Clock = std::chrono::steady_clock;

@@ -7,6 +7,12 @@
 namespace quenlor {
 namespace {
 
+// Never destroyed: an abandoned worker may use it until the process is gone.
+SystemHost& theMachine() {
+  static SystemHost& instance = *new SystemHost;
+  return instance;
+}
+
 // Atomic, because a worker that was given up may still ask while a test's host goes away.
 std::atomic<Host*>& currentHost() {
   static std::atomic<Host*> current{&systemHost()};
@@ -15,11 +21,9 @@ std::atomic<Host*>& currentHost() {
 
 }  // namespace
 
-Host& systemHost() {
-  // Never destroyed: an abandoned worker may use it until the process is gone.
-  static Host& instance = *new SystemHost;
-  return instance;
-}
+Host& systemHost() { return theMachine(); }
+
+void killCommands() { theMachine().killCommands(); }
 
 Host& host() { return *currentHost().load(std::memory_order_acquire); }
 

@@ -121,6 +121,10 @@ Host& host();
 // The real machine, for tests that replace only some operations of it.
 Host& systemHost();
 
+// Kills the real machine's commands that somebody still waits for: nobody will, once the process
+// ends, and their ceiling ends with it.
+void killCommands();
+
 // Installs another host for its own lifetime. For tests: not to be nested across threads.
 class ScopedHost {
  public:

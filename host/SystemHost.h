@@ -48,6 +48,8 @@ class SystemHost : public Host {
   int dlclose(void* library) override;
   const char* dlerror() override;
 
+  void killCommands() { m_commands.killAll(); }
+
  private:
   CommandRunner m_commands;
   std::mutex m_utmp;      // the C library keeps one position in utmp for the whole process

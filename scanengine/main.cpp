@@ -8,6 +8,7 @@
 
 #include "com/factory/GroupFactory.h"
 #include "com/timelimit/GetTableThread.h"
+#include "host/Host.h"
 #include "host/ProcessStart.h"
 #include "linux/createGroup.h"
 #include "scanengine/quenlor.h"
@@ -31,8 +32,9 @@ int main(int argc, char* argv[]) {
   const int status = quenlor::quenlor(argc, argv);
   reportLostOutput();
   if (quenlor::hasAbandonedWorkers()) {
-    // A worker still blocked in the kernel uses objects that exit handlers would destroy.
-    std::fflush(nullptr);
+    // A worker still blocked in the kernel uses objects that exit handlers would destroy, and holds
+    // the lock of the stream that it reads: nothing here may walk over all open streams.
+    quenlor::killCommands();
     _exit(status);
   }
   return status;

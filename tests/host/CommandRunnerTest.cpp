@@ -176,6 +176,27 @@ TEST_F(CommandRunnerTest, hungCommandClosedUnreadIsKilled) {
   EXPECT_LT(Clock::now() - started, kSoon);
 }
 
+TEST_F(CommandRunnerTest, allCommandsCanBeKilledLongBeforeTheirCeiling) {
+  FILE* first = runner.start("sleep 100 & echo $!; sleep 100");
+  FILE* second = runner.start("exec sleep 100");
+  FILE* ended = runner.start("exit 6");
+  ASSERT_NE(first, nullptr);
+  ASSERT_NE(second, nullptr);
+  ASSERT_NE(ended, nullptr);
+  char grandchild[32] = "";
+  ASSERT_NE(std::fgets(grandchild, sizeof grandchild, first), nullptr);
+  EXPECT_EQ(readAll(ended), "");
+  runner.killAll();
+  EXPECT_EQ(readAll(first), "");
+  EXPECT_EQ(readAll(second), "");
+  EXPECT_TRUE(isKilled(runner.finish(first)));
+  EXPECT_TRUE(isKilled(runner.finish(second)));
+  runner.finish(ended);  // dead or still dying when the signal came
+  EXPECT_TRUE(endsSoon(std::to_string(std::atoi(grandchild))));
+  runner.killAll();
+  EXPECT_LT(Clock::now() - started, kSoon);
+}
+
 TEST_F(CommandRunnerTest, unreadOutputIsDrainedSoThatTheCommandEndsByItself) {
   FILE* stream = runner.start("head -c 500000 /dev/zero && exit 5");
   ASSERT_NE(stream, nullptr);
