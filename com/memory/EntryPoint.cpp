@@ -29,6 +29,13 @@ bool sumsToZero(Bytes bytes, size_t from, size_t count) {
   return sum == 0;
 }
 
+// Bytes of a mapping that can be read from the address asked for: all of its pages, not only the
+// length asked for.
+size_t mappedBytes(uint64_t address, uint64_t length) {
+  const uint64_t offset = slm_page_off(address);
+  return static_cast<size_t>(slm_page_align(offset + length, kAlignUp) - offset);
+}
+
 // `bytes` runs from the anchor to the end of the mapping.
 bool readEntryPoint(Bytes bytes, smbios_table_entry_point* ep) {
   if (!sumsToZero(bytes, 0, bytes[kLengthOffset])) return false;
@@ -40,7 +47,7 @@ bool readEntryPoint(Bytes bytes, smbios_table_entry_point* ep) {
   return true;
 }
 
-// The table behind one position; bytes past the announced length do not exist.
+// The table behind one position.
 class TableCursor {
  public:
   explicit TableCursor(Bytes table) : m_rest(table) {}
@@ -110,8 +117,10 @@ int find_table_ep(smbios_table_entry_point* ep_out) {
   void* mapped = slm_phys_mmap(PHYS_START, PHYS_END, kPageAligned, &handle);
   if (mapped == kMapFailed) return -1;
   const Bytes segment(static_cast<const unsigned char*>(mapped) + slm_page_off(PHYS_START),
-                      PHYS_END - PHYS_START);
-  const unsigned char* anchor = find_signature(segment.data(), segment.size());
+                      mappedBytes(PHYS_START, PHYS_END - PHYS_START));
+  // An anchor at 0xFFFE0, the last that this range allows, announces an entry point that ends with
+  // the segment, behind PHYS_END.
+  const unsigned char* anchor = find_signature(segment.data(), PHYS_END - PHYS_START);
   const bool found =
       anchor != nullptr &&
       readEntryPoint(segment.subspan(static_cast<size_t>(anchor - segment.data())), ep_out);
@@ -121,7 +130,9 @@ int find_table_ep(smbios_table_entry_point* ep_out) {
 
 int find_entry(const unsigned char* table, const smbios_table_entry_point* ep,
                smbios_sysinfo_table_entry* sysinfo_out) {
-  TableCursor cursor(Bytes(table, ep->tableLength()));
+  // The number of structures ends the walk, not the announced length, which is too small now and
+  // then: meant so. Nothing behind the mapping exists.
+  TableCursor cursor(Bytes(table, mappedBytes(ep->tableAddress(), ep->tableLength())));
   for (uint32_t seen = 0; seen < ep->structureCount() && !cursor.atEnd(); ++seen) {
     if (cursor.type() == sys_info_type) return copySystemInformation(cursor, sysinfo_out);
     if (!cursor.skipStructure()) return 0;

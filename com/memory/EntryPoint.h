@@ -43,8 +43,9 @@ const unsigned char* find_signature(const unsigned char* buf, size_t len);
 // that one has a bad checksum or major version 0 or 1; later anchors are not tried.
 int find_table_ep(smbios_table_entry_point* ep_out);
 
-// Walks the mapped structure table (ep->tableLength() bytes) to the first type 1 structure and
-// copies its head and strings. The number of strings copied; 0 when there is no such structure.
+// Walks the structure table, in a mapping of the addresses that ep announces, to the first type 1
+// structure and copies its head and strings. The mapping's last page may be read to its end. The
+// number of strings copied; 0 when there is no such structure.
 int find_entry(const unsigned char* table, const smbios_table_entry_point* ep,
                smbios_sysinfo_table_entry* sysinfo_out);
 

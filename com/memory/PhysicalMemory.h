@@ -17,6 +17,7 @@ inline constexpr slm_page_alignment kPageAligned = 1;
 // 1: towards lower addresses; any other value towards higher ones.
 using slm_page_alignment_direction = int;
 inline constexpr slm_page_alignment_direction kAlignDown = 1;
+inline constexpr slm_page_alignment_direction kAlignUp = 0;
 
 // 0: read-only; any other value read-write.
 using slm_file_access_mode = int;

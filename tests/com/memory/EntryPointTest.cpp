@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "com/memory/PhysicalMemory.h"
 #include "tests/firmware/Firmware.h"
 #include "tests/support/FakeHost.h"
 
@@ -23,6 +24,14 @@ FirmwareTable systemTable() {
   return FirmwareTable({2, 4})
       .add(test::Bios{.vendor = "Vendor", .version = "1", .date = "01/01/2001"})
       .add(test::System{"Maker", "Product", "Version", "Serial", {}});
+}
+
+// Memory as a device shows it: always whole pages, whatever length is asked for.
+void putMemoryDevice(test::FakeHost& machine, const std::string& memory) {
+  machine.devices["/dev/mem"].map = [memory](size_t length, off_t offset) {
+    constexpr size_t kPage = 4096;
+    return memory.substr(static_cast<size_t>(offset), (length + kPage - 1) / kPage * kPage);
+  };
 }
 
 // --- find_signature ---
@@ -125,10 +134,22 @@ TEST_F(FindTableEpTest, lengthByteThatLeadsPastTheMappingIsRejected) {
   EXPECT_EQ(find(firmware), -1);
 }
 
-TEST_F(FindTableEpTest, anchorInTheLastParagraphIsRejected) {
+// The searched range ends two bytes before the segment does, an entry point only with it.
+TEST_F(FindTableEpTest, entryPointThatEndsTheSegmentIsFound) {
   Firmware firmware(systemTable());
   firmware.entryPointAddress = 0xFFFE0;
-  EXPECT_EQ(find(firmware), -1);
+  putMemoryDevice(m_machine, firmware.memory());
+  ASSERT_EQ(find_table_ep(&m_found), 0);
+  EXPECT_EQ(m_found.tableAddress(), firmware.tableAddress);
+  EXPECT_EQ(m_found.bytes[30], 0x24);
+  EXPECT_EQ(m_machine.openDescriptors(), 0);
+}
+
+TEST_F(FindTableEpTest, anchorInTheLastParagraphIsNotSeen) {
+  std::string memory(test::kFirstMegabyte, '\0');
+  memory.replace(0xFFFF0, 16, Firmware(systemTable()).entryPoint(0xF5000).substr(0, 16));
+  putMemoryDevice(m_machine, memory);
+  EXPECT_EQ(find_table_ep(&m_found), -1);
 }
 
 TEST_F(FindTableEpTest, memoryWithoutAnchorOrTooShortHasNone) {
@@ -145,24 +166,39 @@ TEST_F(FindTableEpTest, missingMemoryStaysMissing) {
 
 // --- find_entry ---
 
-smbios_table_entry_point announcing(size_t length, unsigned count) {
+smbios_table_entry_point announcing(uint64_t address, size_t length, unsigned count) {
   smbios_table_entry_point ep;
-  ep.bytes[22] = static_cast<unsigned char>(length);
-  ep.bytes[23] = static_cast<unsigned char>(length >> 8);
-  ep.bytes[28] = static_cast<unsigned char>(count);
-  ep.bytes[29] = static_cast<unsigned char>(count >> 8);
+  const auto put = [&ep](size_t at, size_t size, uint64_t value) {
+    for (size_t i = 0; i < size; ++i) ep.bytes[at + i] = static_cast<unsigned char>(value >> 8 * i);
+  };
+  put(22, 2, length);
+  put(24, 4, address);
+  put(28, 2, count);
   return ep;
 }
 
 class FindEntryTest : public testing::Test {
  protected:
+  // In a table whose last byte is the last one of a page; nobody may touch the page behind it.
   int find(const std::string& table, unsigned count) {
-    const auto ep = announcing(table.size(), count);
-    // A copy on the heap of exactly this size: reads beyond it are errors that sanitizers see.
-    const std::vector<unsigned char> bytes(table.begin(), table.end());
-    return find_entry(bytes.data(), &ep, &m_found);
+    constexpr uint64_t kTableEnd = 0x20000;
+    const uint64_t start = kTableEnd - table.size();
+    return findIn(std::string(start, 'x') + table, announcing(start, table.size(), count));
   }
   int find(const FirmwareTable& table) { return find(table.bytes(), table.count()); }
+
+  int findIn(const std::string& memory, const smbios_table_entry_point& ep) {
+    test::FakeHost machine;
+    putMemoryDevice(machine, memory);
+    const uint64_t start = ep.tableAddress();
+    slm_handle handle = nullptr;
+    const void* mapped = slm_phys_mmap(start, start + ep.tableLength(), kPageAligned, &handle);
+    if (mapped == kMapFailed) return 0;
+    const auto* table = static_cast<const unsigned char*>(mapped) + slm_page_off(start);
+    const int count = find_entry(table, &ep, &m_found);
+    EXPECT_EQ(slm_phys_munmap(&handle), 0);
+    return count;
+  }
 
   smbios_sysinfo_table_entry m_found;
 };
@@ -203,7 +239,25 @@ TEST_F(FindEntryTest, structuresWithoutStringsAreSteppedOver) {
   EXPECT_EQ(m_found.strings, std::vector<std::string>{"P"});
 }
 
-TEST_F(FindEntryTest, tableWithoutSystemStructureEndsAtItsLength) {
+TEST_F(FindEntryTest, onlyTheCountEndsTheWalkNotTheAnnouncedLength) {
+  const FirmwareTable table = systemTable();
+  const std::string memory = std::string(0x10000, 'x') + table.bytes() + std::string(8192, 'x');
+  for (const size_t length : {1u, 4u, 24u, 30u}) {
+    ASSERT_EQ(findIn(memory, announcing(0x10000, length, 2)), 4) << length;
+    EXPECT_EQ(m_found.strings[3], "Serial");
+    EXPECT_EQ(findIn(memory, announcing(0x10000, length, 1)), 0) << length;
+  }
+}
+
+TEST_F(FindEntryTest, walkEndsWithTheMappingsLastPage) {
+  const std::string gap = Structure(9).strings({std::string(4090, 'x')}).encode(0);
+  const std::string memory = std::string(0x10000, 'x') + gap + systemTable().bytes();
+  EXPECT_EQ(findIn(memory, announcing(0x10000, 10, 3)), 0);
+  EXPECT_EQ(findIn(memory, announcing(0x10000, 4096, 3)), 0);
+  EXPECT_EQ(findIn(memory, announcing(0x10000, 4097, 3)), 4);
+}
+
+TEST_F(FindEntryTest, tableWithoutSystemStructureEndsWithItsPage) {
   const FirmwareTable table =
       FirmwareTable({2, 4}).add(test::Baseboard{.manufacturer = "Maker"}).add(Structure(3));
   EXPECT_EQ(find(table.bytes(), 65535), 0);
