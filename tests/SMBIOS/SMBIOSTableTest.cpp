@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "tests/firmware/Firmware.h"
 #include "tests/firmware/Structures.h"
@@ -353,6 +355,36 @@ TEST_F(SMBIOSTableTest, dumpPrintsEveryRecord) {
     EXPECT_NE(out.find(expected), std::string::npos) << expected;
   }
   EXPECT_EQ(out.back(), '\n');
+}
+
+TEST_F(SMBIOSTableTest, dumpGoesByTypeNotByPlaceInTheTable) {
+  SMBIOSTable& parsed = parse(table()
+                                  .add(test::HardwareSecurity{0x55})
+                                  .add(test::Battery{.name = "B"})
+                                  .add(test::MemoryDevice{})
+                                  .add(test::MemoryArray{})
+                                  .add(test::OemStrings{{"never"}})
+                                  .add(test::OnBoardDevice{0x83, "Video"})
+                                  .add(test::Slot{})
+                                  .add(test::Connector{})
+                                  .add(test::MemoryModule{})
+                                  .add(test::MemoryController{})
+                                  .add(test::Processor{})
+                                  .add(test::MemoryDevice{})
+                                  .add(test::Processor{})
+                                  .add(test::Enclosure{})
+                                  .add(test::Baseboard{})
+                                  .add(test::System{})
+                                  .add(test::Bios{}));
+  testing::internal::CaptureStdout();
+  parsed.dump();
+  std::istringstream lines(testing::internal::GetCapturedStdout());
+  std::vector<int> types;
+  const std::string label = "   Type  : ";
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with(label)) types.push_back(std::stoi(line.substr(label.size())));
+  }
+  EXPECT_EQ(types, (std::vector<int>{0, 1, 2, 3, 4, 4, 5, 6, 8, 9, 10, 16, 17, 17, 22, 24}));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "com/machine/smbiosinfo.h"
 #include "tests/firmware/Images.h"
@@ -103,6 +104,16 @@ TEST(Smbiosinfo, structureWithoutStringNumbersLeavesTheDefaults) {
             (MachineTexts{"Linux", "Linux", "", "", ""}));
 }
 
+// The two searches may find different tables: here the shared one is announced further ahead.
+TEST(Smbiosinfo, sharedTableSuppliesWhatTheStructureHasNoStringsFor) {
+  Firmware firmware(FirmwareTable({2, 4}).add(Structure(1).dword(0)));
+  Firmware shared(system({"Maker", "Product", "V1", "S1", {}}));
+  firmware.otherMemory[0xE4000] = shared.table.bytes();
+  firmware.otherMemory[0xF1001] = shared.entryPoint(0xE4000).substr(16);
+  EXPECT_EQ(identityByEntryPoint(firmware), (MachineTexts{"Linux", "Linux", "", "", ""}));
+  EXPECT_EQ(identityByBoth(firmware), (MachineTexts{"Maker", "Product", "S1", "V1", ""}));
+}
+
 TEST(Smbiosinfo, longTextsAreCut) {
   const std::string forty = "0123456789012345678901234567890123456789";
   const std::string large(300, 'x');
@@ -152,22 +163,57 @@ TEST(Smbiosinfo, tablesAnywhereInMemory) {
   EXPECT_EQ(identityByEntryPoint(*test::firmwareNamed("empty")).manufacturer, "Linux");
 }
 
+// The records of the class's own, behind what all of them begin with.
+std::vector<std::string> ownRecords(const test::CapturedTraces& traces) {
+  const std::string place = " com/smbiosinfo.cpp getSmbiosInfo() hardware ";
+  std::vector<std::string> own;
+  for (const std::string& record : traces.texts()) {
+    const size_t at = record.find(place);
+    if (at != record.npos)
+      own.push_back(record.substr(0, at) + ' ' + record.substr(at + place.size()));
+  }
+  return own;
+}
+
 TEST(Smbiosinfo, tracesBothPaths) {
   const test::CapturedTraces traces;
   identityByBoth(Firmware(system({"Maker", "Product", "V1", "S1", {}})));
-  identityByEntryPoint(system({"Maker", "Product", "V1", "S1", {}}));
-  identityByEntryPoint(*test::firmwareNamed("empty"));
+  EXPECT_EQ(ownRecords(traces), (std::vector<std::string>{
+                                    "MID entry smbiosinfo",
+                                    "MAX Find table entry point",
+                                    "MAX -->SerialNumber=S1",
+                                    "MAX -->Type=V1",
+                                    "MAX -->Manufacturer=Maker",
+                                    "MAX Product retrieved for linux intel=Product",
+                                    "MAX use SMBIOSTable1Data",
+                                    "MAX SMBIOS TABLE 1 IS AVAILABLE!",
+                                    "MID exit smbiosinfo",
+                                }));
+}
+
+TEST(Smbiosinfo, tracesWhatIsNotThere) {
+  const test::CapturedTraces traces;
   {
     test::FakeHost machine;
     identity();
   }
-  for (const char* expected :
-       {"hardware Cannot find table entry point", "hardware Find table entry point",
-        "-->SerialNumber=S1", "-->Type=V1", "-->Manufacturer=Maker",
-        "Product retrieved for linux intel=Product", "hardware use SMBIOSTable1Data",
-        "SMBIOS TABLE 1 IS AVAILABLE!", "SMBIOS TABLE 1 IS NOT AVAILABLE!"}) {
-    EXPECT_TRUE(traces.contains(expected)) << expected;
-  }
+  EXPECT_EQ(ownRecords(traces), (std::vector<std::string>{
+                                    "MID entry smbiosinfo",
+                                    "MIN Cannot find table entry point",
+                                    "MAX SMBIOS TABLE 1 IS NOT AVAILABLE!",
+                                    "MID exit smbiosinfo",
+                                }));
+}
+
+TEST(Smbiosinfo, tracesNoTextsOfAStructureWithoutAny) {
+  const test::CapturedTraces traces;
+  identityByEntryPoint(*test::firmwareNamed("empty"));
+  EXPECT_EQ(ownRecords(traces), (std::vector<std::string>{
+                                    "MID entry smbiosinfo",
+                                    "MAX Find table entry point",
+                                    "MAX SMBIOS TABLE 1 IS NOT AVAILABLE!",
+                                    "MID exit smbiosinfo",
+                                }));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/CapturedTraces.h"
@@ -76,24 +77,41 @@ TEST_F(BIOSROMTest, noBytesAreAlwaysThere) {
   EXPECT_EQ(read(4097, 0), "");
 }
 
+// What all records of these calls have ahead of their text.
+std::vector<std::string> recordsOf(const std::vector<std::pair<const char*, const char*>>& traced) {
+  std::vector<std::string> records;
+  for (const auto& [kind, text] : traced) {
+    records.push_back(std::string(kind) + " com/BIOSROM.cpp getPhysMem() hardware " + text);
+  }
+  return records;
+}
+
 TEST_F(BIOSROMTest, tracesItsSteps) {
   m_machine.files["/dev/mem"] = std::string(5000, '-');
   const test::CapturedTraces traces;
   read(0, 4);
-  m_machine.files.clear();
-  read(0, 4);
-  for (const char* text :
-       {"hardware Copy the required chunk", "hardware munmap()", "hardware Close /dev/mem",
-        "hardware return 0", "hardware failed to open memory", "hardware return 37"}) {
-    EXPECT_TRUE(traces.contains(text)) << text;
-  }
+  EXPECT_EQ(traces.texts(), recordsOf({{"MID entry", "getPhysMem"},
+                                       {"MAX", "Copy the required chunk"},
+                                       {"MAX", "munmap()"},
+                                       {"MAX", "Close /dev/mem"},
+                                       {"MID exit", "return 0"}}));
 }
 
-TEST_F(BIOSROMTest, tracesAFailedMapping) {
+TEST_F(BIOSROMTest, tracesMissingMemoryAsAFailure) {
+  const test::CapturedTraces traces;
+  read(0, 4);
+  EXPECT_EQ(traces.texts(), recordsOf({{"MID entry", "getPhysMem"},
+                                       {"MIN", "failed to open memory"},
+                                       {"MID exit", "return 37"}}));
+}
+
+TEST_F(BIOSROMTest, tracesAFailedMappingAsAFailure) {
   m_machine.devices["/dev/mem"].map = [](size_t, off_t) { return std::optional<std::string>(); };
   const test::CapturedTraces traces;
   read(0, 4);
-  EXPECT_TRUE(traces.contains("hardware Unable to mmap memory"));
+  EXPECT_EQ(traces.texts(), recordsOf({{"MID entry", "getPhysMem"},
+                                       {"MIN", "Unable to mmap memory"},
+                                       {"MID exit", "return 37"}}));
 }
 
 }  // namespace
