@@ -37,7 +37,8 @@ bool runModprobe() {
 // loaded now. What cannot be read counts as a complaint, so that nobody else's module is unloaded.
 bool modprobeWasSilent() {
   CommandStream output(kShowErrorCommand);
-  return output && !LineReader(output.get(), kLineSize).next();
+  const bool complained = LineReader(output.get(), kLineSize).next();
+  return output.close() == 0 && !complained;
 }
 
 }  // namespace

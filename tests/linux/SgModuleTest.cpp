@@ -70,6 +70,10 @@ TEST_F(SgModuleTest, modprobeThatCannotBeStartedLeavesNothingBehind) {
 TEST_F(SgModuleTest, unreadableErrorFileNeverMeansThatWeLoadedTheModule) {
   machine.unstartableCommands = {kShow};
   EXPECT_EQ(loadSG(), 0);
+  machine.unstartableCommands = {};
+  machine.commands[kShow] = {"", 1 << 8};  // cat itself failed, and said so where nobody listens
+  EXPECT_EQ(loadSG(), 0);
+  EXPECT_EQ(machine.openCommands(), 0);
 }
 
 TEST_F(SgModuleTest, waitEndsAtOnceWhenTheDriverIsThere) {
