@@ -1,8 +1,10 @@
 #include "linux/FdiskOutput.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "host/Handles.h"
+#include "host/LineReader.h"
 #include "linux/ScsiNodes.h"
 #include "linux/StorageText.h"
 #include "log/CcLogWrapper.h"
@@ -66,11 +68,29 @@ void traceDisk(const TraceFunction& at, const FdiskDisk& disk) {
   log->traceMAX(at(), "hardware %s %lu", "totalsize=", disk.totalKilobytes);
 }
 
-// The listing is read to its end: fdisk would otherwise be killed while it still writes.
+std::string nameInListing(const std::string& device) {
+  return device.ends_with(':') ? device : device + ':';
+}
+
+// The disk's line and the one behind it, all that is ever looked at: partition tables that lead
+// back to themselves make some versions print until they are killed. Up to there the listing is
+// read to its end: fdisk would otherwise be killed while it still writes.
+Lines readLinesOfDisk(FILE* listing, const std::string& device) {
+  const std::string wanted = nameInListing(device);
+  Lines lines;
+  LineReader reader(listing, kLineSize);
+  while (reader.next()) {
+    const bool isWanted =
+        lines.empty() ? std::strstr(reader.line(), wanted.c_str()) != nullptr : lines.size() == 1;
+    if (isWanted) lines.emplace_back(reader.line());
+  }
+  return lines;
+}
+
 std::optional<FdiskDisk> askFdisk(const TraceFunction& at, const std::string& device) {
   getCcLogHw()->traceMAX(at(), "hardware %s", "running /sbin/fdisk -l");
   const CommandStream listing(kFdiskCommand);
-  std::optional<FdiskDisk> disk = parseFdiskListing(readLines(listing.get(), kLineSize), device);
+  std::optional<FdiskDisk> disk = parseFdiskListing(readLinesOfDisk(listing.get(), device), device);
   if (disk) traceDisk(at, *disk);
   return disk;
 }
@@ -89,7 +109,7 @@ int fill(const std::optional<FdiskDisk>& disk, unsigned long* cylinders, unsigne
 
 std::optional<FdiskDisk> parseFdiskListing(const Lines& lines, const std::string& device) {
   if (device.empty()) return std::nullopt;
-  const std::string wanted = device.ends_with(':') ? device : device + ':';
+  const std::string wanted = nameInListing(device);
   const auto line = std::find_if(lines.begin(), lines.end(), [&](const std::string& text) {
     return text.find(wanted) != std::string::npos;
   });

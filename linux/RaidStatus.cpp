@@ -13,6 +13,7 @@ constexpr const char* kSourcePath = "../../../src/invscan/linux/RaidStatus.cpp";
 constexpr const char* kDac960StatusFile = "/proc/rd/c0/current_status";
 constexpr const char* kCompaqFile = "/proc/driver/cciss/cciss0";
 constexpr const char* kMountCommand = "/bin/mount";
+constexpr const char* kCcissDriver = "cciss";
 constexpr size_t kLineSize = 256;
 
 using Lines = std::vector<std::string>;
@@ -70,7 +71,7 @@ std::vector<std::string> parseCcissMounts(const Lines& lines) {
   const TraceFunction at{kSourcePath, "parseCcissMounts()"};
   std::vector<std::string> disks;
   for (const std::string& line : lines) {
-    if (!contains(line, "cciss")) continue;
+    if (!contains(line, kCcissDriver)) continue;
     const std::string disk = line.substr(0, line.find_first_of("p\n"));
     if (std::find(disks.begin(), disks.end(), disk) == disks.end()) {
       disks.push_back(disk);
@@ -104,7 +105,7 @@ unsigned long getCompaqSmartDiskSize(int disk) {
 
 std::vector<std::string> getMountedCcissDisks() {
   const CommandStream mounts(kMountCommand);
-  return parseCcissMounts(readLines(mounts.get(), kLineSize));
+  return parseCcissMounts(readLines(mounts.get(), kLineSize, kCcissDriver));
 }
 
 }  // namespace quenlor

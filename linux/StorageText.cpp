@@ -69,10 +69,12 @@ uint64_t saturatingProduct(std::initializer_list<uint64_t> factors) {
   return overflowed ? kLargest : product;
 }
 
-std::vector<std::string> readLines(FILE* stream, size_t bufferSize) {
+std::vector<std::string> readLines(FILE* stream, size_t bufferSize, const char* text) {
   std::vector<std::string> lines;
   LineReader reader(stream, bufferSize);
-  while (reader.next()) lines.emplace_back(reader.line());
+  while (reader.next()) {
+    if (std::strstr(reader.line(), text) != nullptr) lines.emplace_back(reader.line());
+  }
   return lines;
 }
 

@@ -26,7 +26,8 @@ uint64_t leadingNumber(std::string_view text);
 // Product of all factors; the largest number where it does not fit.
 uint64_t saturatingProduct(std::initializer_list<uint64_t> factors);
 
-// All pieces of a stream as fgets with this buffer size returns them; none for a null stream.
-std::vector<std::string> readLines(FILE* stream, size_t bufferSize);
+// The pieces of a stream, as fgets with this buffer size returns them, that contain a text; all of
+// them by default, none for a null stream.
+std::vector<std::string> readLines(FILE* stream, size_t bufferSize, const char* text = "");
 
 }  // namespace quenlor

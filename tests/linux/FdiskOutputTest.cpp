@@ -1,7 +1,13 @@
 #include "linux/FdiskOutput.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+
+#include "linux/RaidStatus.h"
 #include "linux/StorageText.h"
 #include "tests/linux/ScriptedSgDevice.h"
 
@@ -177,6 +183,52 @@ TEST_F(GetFromFdiskTest, genericNodeStandsForItsDisk) {
   EXPECT_EQ(kilobytes, 20971520U);
   EXPECT_EQ(getFromFdisk("/dev/sg1", &cylinders, &heads, &sectors, &kilobytes), 0);
   EXPECT_EQ(machine.openDescriptors(), 0);
+}
+
+// Every command prints millions of empty lines.
+class TalkativeHost : public FakeHost {
+ public:
+  static constexpr size_t kLines = 4'000'000;
+
+  FILE* popen(const char*) override {
+    m_left = kLines;
+    m_atStart = residentBytes();
+    cookie_io_functions_t functions{};
+    functions.read = [](void* host, char* buffer, size_t size) {
+      return static_cast<TalkativeHost*>(host)->print(buffer, size);
+    };
+    return ::fopencookie(this, "r", functions);
+  }
+  int pclose(FILE* stream) override { return std::fclose(stream); }
+
+  long grownBytes = 0;  // of this process, from a command's start to its last line
+
+ private:
+  static long residentBytes() {
+    long total = 0;
+    long resident = 0;
+    std::ifstream("/proc/self/statm") >> total >> resident;
+    return resident * ::getpagesize();
+  }
+
+  ssize_t print(char* buffer, size_t size) {
+    const size_t count = std::min(size, m_left);
+    std::memset(buffer, '\n', count);
+    m_left -= count;
+    if (m_left == 0) grownBytes = std::max(grownBytes, residentBytes() - m_atStart);
+    return static_cast<ssize_t>(count);
+  }
+
+  size_t m_left = 0;
+  long m_atStart = 0;
+};
+
+TEST(FdiskOutputTest, listingsWithoutEndTakeNoMemory) {
+  TalkativeHost machine;
+  unsigned long cylinders = 0, heads = 0, sectors = 0, kilobytes = 0;
+  EXPECT_EQ(getFromFdisk("/dev/hda", &cylinders, &heads, &sectors, &kilobytes), 0);
+  EXPECT_TRUE(getMountedCcissDisks().empty());
+  EXPECT_LT(machine.grownBytes, 10'000'000);
 }
 
 }  // namespace
