@@ -62,6 +62,7 @@ ScsiAddress scsiAddressOf(int fd) {
 }
 
 std::string ScsiNodeKind::find(const ScsiAddress& address) {
+  const TraceFunction at{kSourcePath, "find()"};
   if (!m_listed) listNodes();
   const auto isWanted = [&](const Node& node) { return node.address.isSameDevice(address); };
   const auto known = std::find_if(m_known.begin(), m_known.end(), isWanted);
@@ -70,7 +71,11 @@ std::string ScsiNodeKind::find(const ScsiAddress& address) {
     std::string path = std::move(m_unread.back());
     m_unread.pop_back();
     const Descriptor node(host().open(path.c_str(), O_RDONLY | O_NONBLOCK, 0));
-    if (!node) continue;
+    if (!node) {
+      getCcLogHw()->traceMIN(at(), "hardware %s: error opening device '%s'.", "get_scsi_info",
+                             path.c_str());
+      continue;
+    }
     m_known.push_back({path, scsiAddressOf(node.get())});
     if (isWanted(m_known.back())) return path;
   }

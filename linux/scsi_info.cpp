@@ -78,7 +78,10 @@ std::optional<SCSIIdentity> identify(int fd, const char* sgNode) {
     getCcLogHw()->traceMIN(at(), "hardware %s: SG_IO ioctl failed for device '%s'.", kName, sgNode);
     return std::nullopt;
   }
-  if (inquiry->saysNoDevice()) return std::nullopt;
+  if (inquiry->saysNoDevice()) {
+    getCcLogHw()->traceMIN(at(), "hardware %s: no device behind '%s'.", kName, sgNode);
+    return std::nullopt;
+  }
   SCSIIdentity identity;
   identity.manufacturer = inquiry->text(kVendorOffset, kVendorLength);
   identity.model = inquiry->text(kProductOffset, kProductLength);
@@ -111,7 +114,12 @@ SCSIDiskData readDiskData(const std::string& path) {
                            path.c_str());
   }
   unsigned long long sectors = 0;
-  if (disk_size(disk.get(), &sectors) != 0) data.megabytes = get_megabytes(sectors);
+  if (disk_size(disk.get(), &sectors) != 0) {
+    data.megabytes = get_megabytes(sectors);
+  } else {
+    getCcLogHw()->traceMIN(at(), "hardware %s: size of device '%s' is not known.", kName,
+                           path.c_str());
+  }
   return data;
 }
 

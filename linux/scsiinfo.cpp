@@ -111,7 +111,12 @@ int scsiinfo::getSCSIinfo(const char* node) {
   if (result == 0) result = checkVPDPage(kUnitSerialNumber, hasSerialNumber);
   if (result == 0 && hasSerialNumber) result = determineSCSIserialnumber();
   if (result == 0) result = determineSCSIgeometry();
-  getCcLogHw()->traceMAX(at(), "hardware %s %s %d", "getSCSIinfo", node, result);
+  CcLogWrapper* log = getCcLogHw();
+  if (result == 0) {
+    log->traceMAX(at(), "hardware %s %s %d", "getSCSIinfo", node, result);
+  } else {
+    log->traceMIN(at(), "hardware %s %s %d", "getSCSIinfo", node, result);
+  }
   return result;
 }
 

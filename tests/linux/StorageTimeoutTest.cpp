@@ -137,6 +137,22 @@ TEST_F(StorageTimeoutTest, moduleThatThisRunLoadedIsUnloaded) {
   EXPECT_EQ(machine.started.back(), kUnload);
 }
 
+TEST_F(StorageTimeoutTest, traceFollowsTheCollectionFromTheModuleToItsResult) {
+  const test::CapturedTraces traces;
+  const TimeLimit limit(60000);
+  letModprobeLoadTheModule();
+  machine.directories["/proc/scsi/sg"];
+  EXPECT_TRUE(test::collect<StorageGroup>().empty());
+  long last = -1;
+  for (const char* record :
+       {"hardware StorageGroup", "hardware  found /dev/sg*  cycle = 0", "hardware Load SG Module",
+        "call gatherIDEDriveInformation()", "hardware Thread for StorageGroup finished : 0",
+        "hardware Unload SG MODULE"}) {
+    EXPECT_GT(traces.position(record), last) << record;
+    last = traces.position(record);
+  }
+}
+
 TEST_F(StorageTimeoutTest, sgMapIsReadOncePerRun) {
   const TimeLimit limit(60000);
   ScriptedSgDevice disk;

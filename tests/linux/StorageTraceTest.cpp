@@ -119,6 +119,53 @@ TEST_F(StorageTraceTest, failuresOfTheKernelsSourceAreNamedAtTheLowestLevel) {
   EXPECT_THAT(text, Not(HasSubstr("SCSI name=")));
 }
 
+TEST_F(StorageTraceTest, whatKeepsADriveFromBeingDescribedIsNamedAtTheLowestLevel) {
+  const test::CapturedTraces failures("MIN");
+  ScriptedSgDevice disk;
+  ScriptedSgDevice broken;
+  broken.id = 1;
+  broken.targetStatus = 4;
+  ScriptedSgDevice absent;
+  absent.id = 2;
+  absent.qualifier = 3;
+  machine.devices["/dev/sg0"] = disk.genericNode();
+  machine.devices["/dev/sg1"] = broken.genericNode();
+  machine.devices["/dev/sg2"] = absent.genericNode();
+  machine.devices["/dev/sg2"].deniedAccessModes = {2};  // O_RDWR
+  machine.devices["/dev/sda"] = disk.otherNode();
+  machine.openErrors["/dev/sda"] = EACCES;
+  machine.devices["/dev/sdb"] = disk.otherNode();
+  machine.directories["/dev"] = {"sda", "sdb"};
+  collect();
+  const std::string text = failures.text();
+  for (const char* record :
+       {"get_scsi_info: error opening device '/dev/sda'.",
+        "get_scsi_info: size of device '/dev/sdb' is not known.", "getSCSIinfo /dev/sg1 -1",
+        "cannot open /dev/sg2", "get_scsi_info: no device behind '/dev/sg2'."}) {
+    EXPECT_THAT(text, HasSubstr(std::string("hardware ") + record));
+  }
+  EXPECT_THAT(text, Not(HasSubstr("getSCSIinfo /dev/sg0")));
+}
+
+TEST_F(StorageTraceTest, tapesAndDevicesWithoutOtherNodeAreNamed) {
+  ScriptedSgDevice tape;
+  tape.type = 1;
+  ScriptedSgDevice changer;
+  changer.type = 8;
+  changer.id = 1;
+  machine.devices["/dev/sg0"] = tape.genericNode();
+  machine.devices["/dev/sg1"] = changer.genericNode();
+  machine.devices["/dev/st0"] = tape.otherNode();
+  machine.directories["/dev"] = {"st0"};
+  collect();
+  const std::string text = trace();
+  for (const char* record : {"get_scsi_info: '/dev/sg0' mapped to '/dev/st0'",
+                             "get_scsi_info: SCSI tape device detected.",
+                             "get_scsi_info: Generic SCSI device detected."}) {
+    EXPECT_THAT(text, HasSubstr(std::string("hardware ") + record));
+  }
+}
+
 TEST_F(StorageTraceTest, moduleHandlingIsShown) {
   machine.directories["/tmp"];
   machine.commands["cat /tmp/modprobe.error 2>/dev/null"] = {};
