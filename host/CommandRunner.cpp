@@ -31,6 +31,9 @@ constexpr char kLocaleOfChildren[] = "LC_ALL=C";
 // Output that nobody wants is read up to here, so that a command in its last words is not stopped
 // by SIGPIPE and reports its own status.
 constexpr size_t kDrainLimit = 1 << 20;
+// No listing that is worth reading is longer; a command that prints for ever would fill the memory
+// before its time is over.
+constexpr size_t kLongestOutput = 32 << 20;
 // A killed child that does not end within this time sits in the kernel and is left alone.
 constexpr milliseconds kGraceAfterKill{1000};
 
@@ -138,15 +141,17 @@ class CommandRunner::Child {
   Child(pid_t pid, OwnedDescriptor output, Clock::time_point deadline)
       : m_pid(pid), m_output(std::move(output)), m_deadline(deadline) {}
 
-  // As read(); 0 also for ever after the deadline, once the output written before it is consumed.
+  // As read(); 0 also for ever after the deadline or the longest output, once what was written
+  // before is consumed.
   ssize_t read(char* buffer, size_t size) {
-    if (!m_leftover && !waitForOutput()) killAtDeadline();
+    if (!m_leftover && (m_delivered >= kLongestOutput || !waitForOutput())) cutOff();
     if (m_leftover) size = std::min(size, *m_leftover);
     if (size == 0) return 0;
     ssize_t count = 0;
     do {
       count = ::read(m_output.get(), buffer, size);
     } while (count < 0 && errno == EINTR);
+    if (count > 0) m_delivered += static_cast<size_t>(count);
     if (m_leftover && count > 0) *m_leftover -= static_cast<size_t>(count);
     return count;
   }
@@ -185,7 +190,7 @@ class CommandRunner::Child {
     }
   }
 
-  void killAtDeadline() {
+  void cutOff() {
     killGroup();
     int waiting = 0;
     if (::ioctl(m_output.get(), FIONREAD, &waiting) != 0 || waiting < 0) waiting = 0;
@@ -210,6 +215,7 @@ class CommandRunner::Child {
   const pid_t m_pid;
   OwnedDescriptor m_output;
   const Clock::time_point m_deadline;
+  size_t m_delivered = 0;
   std::optional<size_t> m_leftover;  // set once killed: bytes that were in the pipe by then
 };
 

@@ -21,8 +21,9 @@ class CommandRunner {
 
   // Runs the line with /bin/sh in a process group of its own: standard input from /dev/null,
   // standard output to the returned stream, standard error to /dev/null, LC_ALL=C, default signals.
-  // When the ceiling is reached the group is killed, and the output ends with what was written by
-  // then. Null, with errno, only when no shell could be started. finish() closes the stream.
+  // When the ceiling or 32 MiB of output are reached the group is killed, and the output ends with
+  // what was written by then. Null, with errno, only when no shell could be started. finish()
+  // closes the stream.
   FILE* start(const char* commandLine);
 
   // Closes a stream of start() and gives the wait status of the shell. Output not read is thrown

@@ -73,8 +73,8 @@ class Host {
 
   // --- commands ---
   // As popen(commandLine, "r"), with standard input and error at /dev/null, LC_ALL=C in the child
-  // and a ceiling of 60 seconds after which the child's process group is killed and the output
-  // ends.
+  // and ceilings of 60 seconds and 32 MiB of output after which the child's process group is killed
+  // and the output ends.
   virtual FILE* popen(const char* commandLine) = 0;
   // As pclose: the wait status. The child is reaped, and killed if it outlives the ceiling.
   virtual int pclose(FILE* stream) = 0;

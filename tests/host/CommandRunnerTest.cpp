@@ -152,8 +152,18 @@ TEST_F(CommandRunnerTest, slowReaderStillGetsWhatWasWrittenBeforeTheCeiling) {
 }
 
 TEST_F(CommandRunnerTest, endlessOutputEndsAtTheCeiling) {
-  const Result result = run(shortRunner, "yes");
+  const Result result = run(shortRunner, "while echo y; do sleep 0.001; done");
   EXPECT_GT(result.output.size(), 0u);
+  EXPECT_TRUE(isKilled(result.status));
+  EXPECT_LT(Clock::now() - started, kSoon);
+}
+
+TEST_F(CommandRunnerTest, endlessOutputEndsBeforeItFillsTheMemory) {
+  constexpr size_t kLongest = 32 << 20;
+  constexpr size_t kLargestPipe = 1 << 20;
+  const Result result = run(runner, "exec yes");
+  EXPECT_GE(result.output.size(), kLongest);
+  EXPECT_LE(result.output.size(), kLongest + kLargestPipe);
   EXPECT_TRUE(isKilled(result.status));
   EXPECT_LT(Clock::now() - started, kSoon);
 }
