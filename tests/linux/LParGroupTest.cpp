@@ -284,6 +284,16 @@ TEST_F(LParGroupTest, guestWithoutTheSdkCountsItsOwnCores) {
   }
 }
 
+TEST_F(LParGroupTest, ownCoresOfTheGuestAreNotCountedInPackagesOfTheHost) {
+  becomeGuest();
+  publish("dov_physical_processor", "4:GenuineIntel:Xeon:MP:6:1:2000:64");
+  publish("dov_node_capacity", "4");
+  const RowValues found = row();
+  EXPECT_EQ(valueOf(found, 8), "24.000000");
+  EXPECT_EQ(valueOf(found, 5), "1.000000");
+  EXPECT_EQ(valueOf(found, 9), "4.000000");
+}
+
 TEST_F(LParGroupTest, guestWithoutAgentAndSdkKnowsNothing) {
   CapturedTraces trace;
   becomeGuest();

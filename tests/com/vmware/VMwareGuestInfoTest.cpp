@@ -208,7 +208,7 @@ TEST(VMwareGuestInfo, sessionIdZeroIsInvalidAfterASuccessfulUpdate) {
 }
 
 TEST(VMwareGuestInfo, failedSessionIdIsFalse) {
-  CapturedTraces trace;
+  CapturedTraces trace("MIN");
   LoaderHost host;
   host.install(kToolsPath, "stub_guest_session_error");
   VMwareGuestInfoProvider provider;
@@ -219,7 +219,7 @@ TEST(VMwareGuestInfo, failedSessionIdIsFalse) {
 }
 
 TEST(VMwareGuestInfo, failedUpdateIsFalse) {
-  CapturedTraces trace;
+  CapturedTraces trace("MIN");
   LoaderHost host;
   host.install(kToolsPath, "stub_guest_update_error");
   VMwareGuestInfoProvider provider;
