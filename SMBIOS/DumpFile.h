@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "SMBIOS/TableBytes.h"
+#include "SMBIOS/records/TableBytes.h"
 
 namespace quenlor {
 

@@ -8,14 +8,14 @@
 #include <string>
 #include <vector>
 
-#include "SMBIOS/SMBIOSTableData.h"
-#include "SMBIOS/TableBytes.h"
 #include "SMBIOS/records/BiosRecord.h"
 #include "SMBIOS/records/BoardRecords.h"
 #include "SMBIOS/records/MachineRecords.h"
 #include "SMBIOS/records/MemoryRecords.h"
 #include "SMBIOS/records/OtherRecords.h"
 #include "SMBIOS/records/ProcessorRecord.h"
+#include "SMBIOS/records/SMBIOSTableData.h"
+#include "SMBIOS/records/TableBytes.h"
 
 namespace quenlor {
 

@@ -1,5 +1,7 @@
 #include "base/Text.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstdlib>
 
 #include <locale.h>
@@ -33,6 +35,10 @@ void appendUtf8(std::string& out, uint32_t codePoint) {
 double parseDouble(const char* text, char** end) {
   static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", nullptr);
   return strtod_l(text, end, cLocale);
+}
+
+int decimalValue(const char* text) {
+  return static_cast<int>(std::clamp<long>(std::strtol(text, nullptr, 10), INT_MIN, INT_MAX));
 }
 
 std::string_view trimmed(std::string_view text) {

@@ -15,6 +15,9 @@ void appendUtf8(std::string& out, uint32_t codePoint);
 // As strtod in the "C" locale: a decimal point is a point whatever the user's locale says.
 double parseDouble(const char* text, char** end = nullptr);
 
+// Leading decimal integer as strtol reads it (0 when there is none), held within the bounds of int.
+int decimalValue(const char* text);
+
 // The text without blanks, tabs, carriage returns and newlines at both ends.
 std::string_view trimmed(std::string_view text);
 

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <utility>
 
-#include "linux/DecimalValue.h"
+#include "base/Text.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {

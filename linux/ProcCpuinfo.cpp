@@ -2,9 +2,9 @@
 
 #include <cstring>
 
+#include "base/Text.h"
 #include "host/Handles.h"
 #include "host/LineReader.h"
-#include "linux/DecimalValue.h"
 
 namespace quenlor {
 

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "linux/DecimalValue.h"
+#include "base/Text.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {

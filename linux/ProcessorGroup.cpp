@@ -7,10 +7,10 @@
 #include <string>
 
 #include "SMBIOS/SMMemory.h"
+#include "base/Text.h"
 #include "com/factory/GroupFactory.h"
 #include "com/identity/Identity.h"
 #include "host/Host.h"
-#include "linux/DecimalValue.h"
 #include "linux/ProcCpuinfo.h"
 #include "linux/ProcessorFamily.h"
 #include "linux/ProcessorFlags.h"

@@ -49,11 +49,7 @@ std::vector<NVPair> retrieve(const char* group, const std::vector<std::string>& 
 
 // A stored string, unescaped: a list is read line by line, not parsed.
 std::string stringText(const unsigned char* velString) {
-  const auto count = readNumber<uint32_t>(velString);
-  if (count == 0) return {};
-  std::vector<wchar_t> characters(count + 1);
-  std::memcpy(characters.data(), velString + sizeof count, count * sizeof(wchar_t));
-  return toLocale(characters.data());
+  return toLocale(readText(velString).c_str());
 }
 
 // A value as the document writers print it.

@@ -129,12 +129,7 @@ int PrintEnumActual(FILE* file, const velGroupDef* group, uint32_t attribId,
 }
 
 void PrintVelAttribStringToXMLFile(FILE* file, const unsigned char* block) {
-  const unsigned char* value = blockValue(block);
-  const auto count = readNumber<uint32_t>(value);
-  if (count == 0) return;
-  std::wstring text(count, L'\0');
-  std::memcpy(text.data(), value + sizeof count, count * sizeof(wchar_t));
-  UTF8XMLEncoding(text.c_str()).printx(file);
+  UTF8XMLEncoding(readText(blockValue(block)).c_str()).printx(file);
 }
 
 }  // namespace quenlor

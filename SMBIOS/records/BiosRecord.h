@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "SMBIOS/SMBIOSTableData.h"
+#include "SMBIOS/records/SMBIOSTableData.h"
 
 namespace quenlor {
 

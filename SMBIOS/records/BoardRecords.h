@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "SMBIOS/SMBIOSTableData.h"
+#include "SMBIOS/records/SMBIOSTableData.h"
 
 namespace quenlor {
 

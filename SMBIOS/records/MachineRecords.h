@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "SMBIOS/SMBIOSTableData.h"
+#include "SMBIOS/records/SMBIOSTableData.h"
 
 namespace quenlor {
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "SMBIOS/SMBIOSTableData.h"
+#include "SMBIOS/records/SMBIOSTableData.h"
 
 namespace quenlor {
 

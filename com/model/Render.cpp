@@ -165,10 +165,7 @@ void PrintVelTimeBlockToFile(FILE* file, const char* characters) {
 }
 
 void PrintVelStringToFile(FILE* file, const unsigned char* velString) {
-  const auto count = readNumber<uint32_t>(velString);
-  if (count == 0) return;
-  std::wstring text(count, L'\0');
-  std::memcpy(text.data(), velString + sizeof count, count * sizeof(wchar_t));
+  const std::wstring text = readText(velString);
   const wchar_t* escaped = dmtf_escape(text.c_str());
   const std::string bytes = toLocale(escaped);
   if (escaped != text.c_str()) delete[] escaped;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <type_traits>
 
 namespace quenlor {
@@ -30,6 +31,14 @@ inline uint32_t blockType(const unsigned char* block) { return readNumber<uint32
 // The value behind the header: a number, or count and contents of a string.
 inline const unsigned char* blockValue(const unsigned char* block) {
   return block + kBlockHeaderSize;
+}
+
+// A string value: its count of characters (32 bits), then as many of wchar_t.
+inline std::wstring readText(const unsigned char* velString) {
+  const auto count = readNumber<uint32_t>(velString);
+  std::wstring text(count, L'\0');
+  std::memcpy(text.data(), velString + sizeof count, count * sizeof(wchar_t));
+  return text;
 }
 
 }  // namespace quenlor

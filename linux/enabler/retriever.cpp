@@ -8,8 +8,8 @@
 #include <optional>
 #include <system_error>
 
+#include "base/Text.h"
 #include "host/Handles.h"
-#include "linux/DecimalValue.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {

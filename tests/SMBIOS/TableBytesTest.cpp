@@ -1,4 +1,4 @@
-#include "SMBIOS/TableBytes.h"
+#include "SMBIOS/records/TableBytes.h"
 
 #include <gtest/gtest.h>
 

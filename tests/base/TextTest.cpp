@@ -24,6 +24,16 @@ TEST(Text, doublesEndWhereTheNumberEnds) {
   EXPECT_DOUBLE_EQ(parseDouble("1,5"), 1.0);
 }
 
+TEST(Text, decimalValueReadsTheLeadingIntegerAndStaysWithinAnInt) {
+  EXPECT_EQ(decimalValue("42"), 42);
+  EXPECT_EQ(decimalValue("  -7 MHz"), -7);
+  EXPECT_EQ(decimalValue("2933.437"), 2933);
+  EXPECT_EQ(decimalValue(""), 0);
+  EXPECT_EQ(decimalValue("x1"), 0);
+  EXPECT_EQ(decimalValue("2147483648"), 2147483647);
+  EXPECT_EQ(decimalValue("-99999999999999999999"), -2147483647 - 1);
+}
+
 TEST(Text, trimsBlanksAtBothEndsOnly) {
   EXPECT_EQ(trimmed(" \t a b\r\n"), "a b");
   EXPECT_EQ(trimmed(" \t\r\n"), "");

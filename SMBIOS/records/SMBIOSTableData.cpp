@@ -1,4 +1,4 @@
-#include "SMBIOS/SMBIOSTableData.h"
+#include "SMBIOS/records/SMBIOSTableData.h"
 
 #include <cstdio>
 

@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "SMBIOS/TableBytes.h"
+#include "SMBIOS/records/TableBytes.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {
