@@ -173,6 +173,15 @@ TEST(SMBIOSTable1Data, uuidOfZerosIsNull) {
   EXPECT_EQ(recordOf<SMBIOSTable1Data>(test::System{}, k24)->getUUIDAsString(), nullptr);
 }
 
+TEST(SMBIOSTable1Data, uuidTextsShareOneBuffer) {
+  const auto first = recordOf<SMBIOSTable1Data>(systemWithUuid(), k24);
+  test::System other;
+  other.uuid.fill(1);
+  const char* text = first->getUUIDAsString();
+  EXPECT_EQ(recordOf<SMBIOSTable1Data>(other, k24)->getUUIDAsString(), text);
+  EXPECT_STREQ(text, "01010101010101010101010101010101");
+}
+
 TEST(SMBIOSTable1Data, tablesWithMinorVersionZeroHaveNoUuid) {
   EXPECT_EQ(recordOf<SMBIOSTable1Data>(systemWithUuid(), k30)->getUUIDAsString(), nullptr);
   EXPECT_EQ(recordOf<SMBIOSTable1Data>(systemWithUuid(), k30)->getWakeUpType(), 0);

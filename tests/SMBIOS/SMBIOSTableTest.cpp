@@ -250,6 +250,15 @@ TEST_F(SMBIOSTableTest, byteBehindAMemoryArrayIsNeverRead) {
   EXPECT_STREQ(parse(bytes, 2).getTable1()->getProduct(), "P");
 }
 
+// The zeros are taken to end with a type byte, and that of a BIOS structure is one of them:
+// firmware puts it first.
+TEST_F(SMBIOSTableTest, biosStructureBehindMemoryControllerOrArrayIsNotSeen) {
+  const test::Bios bios{.vendor = "V"};
+  EXPECT_EQ(parse(table().add(test::MemoryController{}).add(bios)).getTable0(), nullptr);
+  EXPECT_EQ(parse(table().add(test::MemoryArray{}).add(bios)).getTable0(), nullptr);
+  EXPECT_NE(parse(table().add(bios).add(test::MemoryArray{})).getTable0(), nullptr);
+}
+
 // --- strings ---
 
 TEST_F(SMBIOSTableTest, emptyStringSetHasOneEmptyString) {

@@ -89,6 +89,15 @@ TEST_F(PhysicalMemoryTest, rangePastARegularFilesEndFails) {
 
 TEST_F(PhysicalMemoryTest, unmappingNothingFails) { EXPECT_EQ(slm_file_munmap(&m_handle), -1); }
 
+TEST_F(PhysicalMemoryTest, failedUnmappingStillClosesTheFile) {
+  m_machine.files["/data"] = countingBytes(4096);
+  void* mapped = map("/data", 0, 100);
+  ASSERT_EQ(m_machine.munmap(mapped, 100), 0);  // so that there is nothing to unmap any more
+  EXPECT_EQ(slm_file_munmap(&m_handle), -1);
+  EXPECT_EQ(m_handle, nullptr);
+  EXPECT_EQ(m_machine.openDescriptors(), 0);
+}
+
 TEST_F(PhysicalMemoryTest, missingPhysicalMemoryIsNotEvenOpened) {
   EXPECT_EQ(slm_phys_mmap(0xF0000, 0xFFFFE, kPageAligned, &m_handle), kMapFailed);
   EXPECT_TRUE(m_machine.opened.empty());
