@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 #include "SMBIOS/SM_HWSecurity.h"
+#include "tests/firmware/Images.h"
 #include "tests/firmware/SharedTable.h"
 #include "tests/support/CapturedTraces.h"
 
@@ -91,6 +93,20 @@ TEST(SMMemory, withoutTheStructuresEverythingIsEmpty) {
   expectEmptyFacts();
 }
 
+// A table out of a dump file has its records, but is not the machine's.
+TEST(SMMemory, withTheTableOfADumpFileEverythingIsEmpty) {
+  SharedTable shared(*test::firmwareNamed("old-server-2.3"));
+  globalSMBIOSTable->writeBytesToFile("/tmp/dump");
+  SMBIOSTable dumped("/tmp/dump");
+  dumped.parseData();
+  ASSERT_GT(dumped.getTable4Total(), 0);
+  ASSERT_NE(dumped.getTable5(), nullptr);
+  ASSERT_NE(dumped.getTable24(), nullptr);
+  SMBIOSTable* machines = std::exchange(globalSMBIOSTable, &dumped);
+  expectEmptyFacts();
+  globalSMBIOSTable = machines;
+}
+
 // --- processors ---
 
 TEST(SMProcessor, firstRecordCounts) {
@@ -132,6 +148,14 @@ TEST(SMProcessor, edxIsOptional) {
 
 TEST(MemorySpecs, controllerGivesSlotsAndLimit) {
   EXPECT_EQ(memorySpecsOf(table().add(test::MemoryController{9, 4})), (MemorySpecs{1, 512, 4}));
+}
+
+TEST(MemorySpecs, controllerWithoutLimitGivesNone) {
+  EXPECT_EQ(memorySpecsOf(table().add(test::MemoryController{0, 4})), (MemorySpecs{1, 0, 4}));
+}
+
+TEST(MemorySpecs, limitWithoutSlotsIsAnAnswer) {
+  EXPECT_EQ(memorySpecsOf(table().add(test::MemoryController{5, 0})), (MemorySpecs{1, 32, 0}));
 }
 
 TEST(MemorySpecs, controllerWithoutLimitIsLiftedByTheBiggestModule) {
@@ -188,6 +212,7 @@ TEST(MemorySpecs, arrayWithoutSlotsHasNoLimit) {
 }
 
 TEST(MemorySpecs, moreSlotsThanMegabytesGiveNoShare) {
+  EXPECT_EQ(memorySpecsOf(arrayWith(2 << 10, 4, {})), (MemorySpecs{1, 2, 4}));  // power of two
   EXPECT_EQ(memorySpecsOf(arrayWith(3 << 10, 4, {})), (MemorySpecs{1, 0, 4}));
 }
 
