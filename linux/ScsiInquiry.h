@@ -1,4 +1,4 @@
-// Standard INQUIRY data (SPC-3, 6.4.2): offsets and bounded reading.
+// Standard INQUIRY data (SPC-3, 6.4.2): offsets and bounded reading. Sense data (SPC-3, 4.5).
 #pragma once
 
 #include <algorithm>
@@ -22,6 +22,19 @@ inline constexpr size_t kSerialLength = 20;
 inline bool peripheralSaysNoDevice(unsigned char firstByte) {
   const int qualifier = firstByte >> 5;
   return qualifier == 1 || qualifier == 3;
+}
+
+// The command succeeded, with help. Drives that expect to fail soon may say so with every command,
+// beside a CHECK CONDITION, and send their data all the same.
+inline constexpr int kRecoveredError = 1;
+inline constexpr int kUnitAttention = 6;
+
+// 0 without valid sense data. Response codes 0x72 and 0x73 have the key in byte 1.
+inline int senseKeyOf(const unsigned char* sense) {
+  const int responseCode = sense[0] & 0x7F;
+  if (responseCode == 0x70 || responseCode == 0x71) return sense[2] & 0x0F;
+  if (responseCode == 0x72 || responseCode == 0x73) return sense[1] & 0x0F;
+  return 0;
 }
 
 struct InquiryData {

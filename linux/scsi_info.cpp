@@ -22,6 +22,14 @@ constexpr const char* kSourcePath = "../../../src/invscan/linux/scsi_info.cpp";
 constexpr const char* kName = "get_scsi_info";
 constexpr unsigned char kInquiryLength = kSerialOffset + kSerialLength;
 constexpr unsigned kTimeoutMilliseconds = 10000;
+constexpr unsigned char kCheckCondition = 2;  // status byte, SAM-3
+
+// False when the device sent no data that counts.
+bool succeeded(const sg_io_hdr& request) {
+  if ((request.info & SG_INFO_OK_MASK) == SG_INFO_OK) return true;
+  return request.host_status == 0 && request.status == kCheckCondition &&
+         senseKeyOf(request.sbp) == kRecoveredError;
+}
 
 // SPC-3, 6.4: standard INQUIRY through the version 3 interface of the sg driver. Only the bytes
 // that came are returned; nothing when the command failed in any way.
@@ -40,7 +48,7 @@ std::optional<InquiryData> inquire(int fd) {
   request.sbp = sense;
   request.timeout = kTimeoutMilliseconds;
   if (host().ioctl(fd, SG_IO, &request) != 0) return std::nullopt;
-  if ((request.info & SG_INFO_OK_MASK) != SG_INFO_OK) return std::nullopt;
+  if (!succeeded(request)) return std::nullopt;
   const int received = static_cast<int>(kInquiryLength) - std::max(request.resid, 0);
   if (received <= 0) return std::nullopt;
   data.length = static_cast<size_t>(received);

@@ -42,9 +42,7 @@ constexpr size_t kModePageAt = 12;            // behind a 4-byte header and one 
 constexpr size_t kRigidDiskGeometryEnd = 18;  // the bytes that are read of the pages end here
 constexpr size_t kFormatDeviceEnd = 26;
 
-// Sense data (SPC-3, 4.5).
-constexpr int kRecoveredError = 1;
-constexpr int kUnitAttention = 6;
+constexpr unsigned kCheckCondition = 1;  // as target_status has it, without the lowest bit
 constexpr int kMaxAttempts = 3;
 
 sg_header headerOf(const char* packet) {
@@ -53,18 +51,12 @@ sg_header headerOf(const char* packet) {
   return header;
 }
 
-// 0 without valid sense data. Response codes 0x72 and 0x73 have the key in byte 1.
-int senseKeyOf(const sg_header& header) {
-  const int responseCode = header.sense_buffer[0] & 0x7F;
-  if (responseCode == 0x70 || responseCode == 0x71) return header.sense_buffer[2] & 0x0F;
-  if (responseCode == 0x72 || responseCode == 0x73) return header.sense_buffer[1] & 0x0F;
-  return 0;
-}
-
 // The driver's result is 0 also for a command that the device refused.
 bool wasRefused(const sg_header& header) {
-  return header.target_status != 0 || header.host_status != 0 || header.driver_status != 0 ||
-         senseKeyOf(header) > kRecoveredError;
+  if (header.host_status != 0) return true;
+  const int key = senseKeyOf(header.sense_buffer);
+  if (key == kRecoveredError && header.target_status <= kCheckCondition) return false;
+  return header.target_status != 0 || header.driver_status != 0 || key > kRecoveredError;
 }
 
 // A write or read that moved fewer bytes than asked: its count, which never passes for success.
@@ -155,8 +147,8 @@ int scsiinfo::run(Command& command) {
     command.reply.fill('\0');
     result = doSCSIcmd(kCommandLength, 0, command.packet.data(), kAllocationLength,
                        command.reply.data());
-    const bool repeat =
-        result == kRefused && senseKeyOf(headerOf(command.reply.data())) == kUnitAttention;
+    const bool repeat = result == kRefused &&
+                        senseKeyOf(headerOf(command.reply.data()).sense_buffer) == kUnitAttention;
     if (!repeat) break;
   }
   return result;

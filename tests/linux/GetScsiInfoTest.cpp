@@ -208,6 +208,18 @@ TEST_F(GetScsiInfoTest, failedInquiryGivesNothing) {
   EXPECT_EQ(ask(device), nullptr);
 }
 
+TEST_F(GetScsiInfoTest, driveThatWarnsOfItsFailureIsIdentifiedAllTheSame) {
+  device.senseKey = 1;
+  const auto info = ask(device);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->identity().model, "ST318406LC      ");
+  device.hostStatus = 7;
+  EXPECT_EQ(ask(device), nullptr);
+  device.hostStatus = 0;
+  device.senseKey = 4;  // hardware error
+  EXPECT_EQ(ask(device), nullptr);
+}
+
 TEST_F(GetScsiInfoTest, qualifierThatSaysNoDeviceGivesNothing) {
   device.qualifier = 3;
   EXPECT_EQ(ask(device), nullptr);

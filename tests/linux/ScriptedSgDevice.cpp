@@ -161,6 +161,17 @@ int ScriptedSgDevice::answerSgIo(void* argument) {
   std::memcpy(request->dxferp, answer.data.data(), sent);
   request->resid = residual != 0 ? residual : static_cast<int>(request->dxfer_len - sent);
   if (answer.key != 0 || sgIoReportsTrouble) request->info |= SG_INFO_CHECK;
+  const int key = answer.key != 0 ? answer.key : senseKey.value_or(0);
+  if (key != 0) {
+    request->status = 2;  // CHECK CONDITION
+    request->info |= SG_INFO_CHECK;
+    request->sb_len_wr = 18;
+    setSense(request->sbp, key);
+  }
+  if (hostStatus != 0) {
+    request->host_status = static_cast<unsigned short>(hostStatus);
+    request->info |= SG_INFO_CHECK;
+  }
   return 0;
 }
 

@@ -44,7 +44,7 @@ class ScriptedSgDevice {
   int targetStatus = 0;
   int hostStatus = 0;
   int driverStatus = 0;
-  std::optional<int> senseKey;  // sense data with this key beside a good status
+  std::optional<int> senseKey;  // sense data with this key beside the status
 
   // --- what the kernel knows ---
   int host = 0;

@@ -284,6 +284,28 @@ TEST_F(ScsiinfoTest, recoveredErrorBesideAGoodStatusIsSuccess) {
   EXPECT_EQ(probe().errorcode(), 0);
 }
 
+TEST_F(ScsiinfoTest, driveThatWarnsOfItsFailureWithEveryCommandIsReadAllTheSame) {
+  device.setSerialNumber("3FE00ABC0000");
+  device.setGeometryPages(29851, 2, 595);
+  device.senseKey = 1;
+  device.targetStatus = 1;  // CHECK CONDITION, shifted
+  device.driverStatus = 8;  // sense data is there
+  const scsiinfo info = probe();
+  EXPECT_EQ(info.errorcode(), 0);
+  EXPECT_THAT(info.model(), StrEq("ST318406"));
+  EXPECT_THAT(info.serialnumber(), StrEq("3FE00ABC0000"));
+  EXPECT_EQ(info.numcylinders(), 29851U);
+}
+
+TEST_F(ScsiinfoTest, recoveredErrorDoesNotExcuseABusyDeviceOrABrokenTransport) {
+  device.senseKey = 1;
+  device.targetStatus = 4;  // BUSY, shifted
+  EXPECT_EQ(probe().errorcode(), scsiinfo::kInquiryFailed);
+  device.targetStatus = 1;
+  device.hostStatus = 7;
+  EXPECT_EQ(probe().errorcode(), scsiinfo::kInquiryFailed);
+}
+
 TEST_F(ScsiinfoTest, garbageInEveryAnswerIsSurvived) {
   std::mt19937 random(20240229);
   for (int round = 0; round < 500; ++round) {
