@@ -121,6 +121,35 @@ TEST_F(FloppyinfoTest, nodeThatCannotBeOpenedGivesCode20) {
   EXPECT_EQ(floppyinfo("/dev/fd1").errorcode(), floppyinfo::kCannotOpen);
 }
 
+// Opens everything as one descriptor and remembers how.
+struct OneDescriptorHost : FakeHost {
+  explicit OneDescriptorHost(int descriptor) : fd(descriptor) {}
+  int open(const char*, int flags, mode_t) override {
+    flagsSeen = flags;
+    return fd;
+  }
+  int close(int) override { return 0; }
+  int ioctl(int, unsigned long request, void* argument) override {
+    return driveWith({geometryOf(80, 2, 18), "H1440"}).ioctl(request, argument);
+  }
+  int fd;
+  int flagsSeen = 0;
+};
+
+TEST(FloppyinfoOpenTest, driveIsOpenedForReadingWithoutWaitingForItsMedium) {
+  OneDescriptorHost machine(3);
+  EXPECT_EQ(floppyinfo("/dev/fd0").errorcode(), 0);
+  EXPECT_EQ(machine.flagsSeen & (O_ACCMODE | O_NONBLOCK), O_RDONLY | O_NONBLOCK);
+}
+
+TEST(FloppyinfoOpenTest, descriptorBelowOneCountsAsNotOpened) {
+  OneDescriptorHost machine(0);
+  const floppyinfo info("/dev/fd0");
+  EXPECT_EQ(info.errorcode(), floppyinfo::kCannotOpen);
+  EXPECT_EQ(info.numcylinders(), 0U);
+  EXPECT_THAT(info.model(), StrEq(""));
+}
+
 TEST_F(FloppyinfoTest, itaniumMachinesAreNotAsked) {
   for (const char* family : {"family     : Itanium 2\n", "family     : Itanium\n"}) {
     machine.opened.clear();

@@ -1,5 +1,6 @@
 #include "linux/ideinfo.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <linux/hdreg.h>
@@ -59,6 +60,15 @@ test::FakeDevice driveWith(const IdeAnswers& answers) {
   return device;
 }
 
+// Remembers how each node was opened.
+struct RecordingHost : FakeHost {
+  int open(const char* path, int flags, mode_t mode) override {
+    flagsOf[path] = flags;
+    return FakeHost::open(path, flags, mode);
+  }
+  std::map<std::string, int> flagsOf;
+};
+
 class IdeinfoTest : public ::testing::Test {
  protected:
   IdeinfoTest() {
@@ -74,7 +84,7 @@ class IdeinfoTest : public ::testing::Test {
     machine.files[std::string(kDisk) + "/" + name] = text;
   }
 
-  FakeHost machine;
+  RecordingHost machine;
 };
 
 TEST_F(IdeinfoTest, readsADisk) {
@@ -117,6 +127,14 @@ TEST_F(IdeinfoTest, incompleteLogicalLineFallsBackToTheIoctl) {
   }
 }
 
+TEST_F(IdeinfoTest, firstLogicalLineCounts) {
+  setFile("geometry", "logical 2434/255\nlogical 1023/255/63\n");
+  machine.devices["/dev/hda"] = driveWith({.hasGeometry = true});
+  EXPECT_EQ(ideinfo(kDisk).numcylinders(), 38792U);
+  setFile("geometry", "logical 2434/255/63\nlogical 1023/16/32\n");
+  EXPECT_EQ(ideinfo(kDisk).numcylinders(), 2434U);
+}
+
 TEST_F(IdeinfoTest, missingGeometryFileFallsBackToTheIoctl) {
   machine.files.erase(std::string(kDisk) + "/geometry");
   machine.devices["/dev/hda"] = driveWith({.hasGeometry = true});
@@ -132,6 +150,27 @@ TEST_F(IdeinfoTest, failedIoctlsAreRecordedAndLeaveEmptyValues) {
   EXPECT_THAT(info.serialnumber(), StrEq(""));
   EXPECT_EQ(info.security_enabled(), -1);
   EXPECT_EQ(machine.openDescriptors(), 0);
+}
+
+TEST_F(IdeinfoTest, eachIoctlThatFailsIsRecorded) {
+  machine.devices["/dev/hda"] = driveWith({.securityWord = 1, .error = EPERM});
+  EXPECT_EQ(ideinfo(kDisk).errorcode(), EPERM) << "no serial number";
+  machine.devices["/dev/hda"] = driveWith({.serialNumber = "X", .error = EPERM});
+  EXPECT_EQ(ideinfo(kDisk).errorcode(), EPERM) << "no security word";
+  setFile("geometry", "");
+  machine.devices["/dev/hda"] =
+      driveWith({.serialNumber = "X", .securityWord = 1, .error = EINVAL});
+  EXPECT_EQ(ideinfo(kDisk).errorcode(), EINVAL) << "no geometry";
+}
+
+TEST_F(IdeinfoTest, driveIsOpenedForReadingWithoutWaitingForItsMedium) {
+  const ideinfo info(kDisk);
+  EXPECT_EQ(machine.flagsOf.at("/dev/hda") & (O_ACCMODE | O_NONBLOCK), O_RDONLY | O_NONBLOCK);
+  setFile("geometry", "");
+  machine.flagsOf.clear();
+  machine.devices["/dev/hda"].ioctl = [](unsigned long, void*) { return 0; };
+  const ideinfo asked(kDisk);
+  EXPECT_EQ(machine.flagsOf.at("/dev/hda") & (O_ACCMODE | O_NONBLOCK), O_RDONLY | O_NONBLOCK);
 }
 
 TEST_F(IdeinfoTest, nodeThatCannotBeOpenedLeavesSecurityUnknown) {
@@ -178,6 +217,18 @@ TEST_F(IdeinfoTest, cdRomHasModelAndManufacturerOnly) {
   EXPECT_EQ(info.security_enabled(), 0);
   EXPECT_TRUE(info.removable());
   EXPECT_EQ(std::count(machine.opened.begin(), machine.opened.end(), "/dev/hda"), 0);
+}
+
+TEST_F(IdeinfoTest, driveIsCdRomWhereverTheWordStandsInItsMediaText) {
+  setFile("media", "atapi-cdrom drive\n");
+  EXPECT_EQ(ideinfo(kDisk).numcylinders(), 0U);
+  setFile("media", "disk\ncdrom\n");  // the first line counts
+  EXPECT_EQ(ideinfo(kDisk).numcylinders(), 2434U);
+}
+
+TEST_F(IdeinfoTest, overlongMediaTextIsCutAt255Characters) {
+  setFile("media", std::string(1000, 'd'));
+  EXPECT_EQ(ideinfo(kDisk).type(), std::string(255, 'd'));
 }
 
 TEST_F(IdeinfoTest, securityWordDecides) {
@@ -258,6 +309,15 @@ class IdeFileListTest : public ::testing::Test {
 TEST_F(IdeFileListTest, listsTheDirectoriesOfEveryControllerInTheKernelsOrder) {
   EXPECT_THAT(ideDriveDirectories(),
               ElementsAre("/proc/ide/ide0/hda", "/proc/ide/ide0/hdb", "/proc/ide/ide1/hdc"));
+}
+
+TEST_F(IdeFileListTest, controllerIsEveryEntryWithIdeInItsName) {
+  machine.directories["/proc/ide"] = {"pci-ide7", "id0"};
+  machine.directories["/proc/ide/pci-ide7"] = {"hdq"};
+  machine.directories["/proc/ide/pci-ide7/hdq"];
+  machine.directories["/proc/ide/id0"] = {"hdr"};
+  machine.directories["/proc/ide/id0/hdr"];
+  EXPECT_THAT(ideDriveDirectories(), ElementsAre("/proc/ide/pci-ide7/hdq"));
 }
 
 // Directory order is the kernel's; "." need not come first.

@@ -269,6 +269,20 @@ TEST_F(PartitionGroupTest, longestNamesAreKeptWhole) {
   EXPECT_EQ(valueOf(rows[0], 9), "1024");
 }
 
+TEST_F(PartitionGroupTest, longestNamesAreKeptWholeAlsoWhenEveryCharacterIsEscaped) {
+  std::string escaped;
+  for (int i = 0; i < 4095; ++i) escaped += "\\040";
+  machine.files[kMtab] = escaped + " " + escaped + " ext2 rw 0 0\n";
+  const std::string blanks(4095, ' ');
+  addFileSystem(blanks.c_str(), 256, 0);
+  const auto rows = collect<PartitionGroup>();
+  ASSERT_EQ(rows.size(), 1u);
+  EXPECT_EQ(valueOf(rows[0], 4), blanks);
+  EXPECT_EQ(valueOf(rows[0], 6), "131");
+  EXPECT_EQ(valueOf(rows[0], 8), blanks);
+  EXPECT_EQ(valueOf(rows[0], 9), "1024");
+}
+
 // Container hosts list every layer of an overlay in its options.
 TEST_F(PartitionGroupTest, optionsLongerThanAnyBufferDoNotSplitTheLine) {
   machine.files[kMtab] =

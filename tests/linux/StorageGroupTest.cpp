@@ -396,6 +396,20 @@ TEST_F(StorageGroupTest, floppyRowHasItsSizeInKilobytesInTheDigest) {
                                  {11, "2"}}));
 }
 
+TEST_F(StorageGroupTest, floppyMegabytesAre1024KilobytesEachAndRoundedDown) {
+  addFloppy();
+  machine.devices["/dev/fd0"].ioctl = [](unsigned long request, void* argument) {
+    if (request == FDGETDRVTYP) return -1;
+    floppy_struct geometry = {};
+    geometry.sect = 25;
+    geometry.head = 2;
+    geometry.track = 80;
+    std::memcpy(argument, &geometry, sizeof(geometry));
+    return 0;
+  };
+  EXPECT_EQ(valueOf(rows().at(0), kTotalSize), "1");  // of 2000 kilobytes
+}
+
 TEST_F(StorageGroupTest, floppyRowIsTracedWithItsIndex) {
   const test::CapturedTraces traces;
   addFloppy();
