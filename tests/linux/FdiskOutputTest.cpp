@@ -166,6 +166,15 @@ TEST_F(GetFromFdiskTest, missingFdiskFindsNothing) {
   EXPECT_EQ(getFromFdiskMount("/dev/hda", &cylinders, &heads, &sectors, &kilobytes), 0);
 }
 
+TEST_F(GetFromFdiskTest, nameThatReachesBeyond255CharactersOfItsLineIsNotFound) {
+  const std::string name = "/dev/hda:";
+  const std::string fill(255 - name.size(), 'x');
+  machine.commands["/sbin/fdisk -l"] = {fill + name + "\n"};
+  EXPECT_EQ(getFromFdisk("/dev/hda", &cylinders, &heads, &sectors, &kilobytes), 1);
+  machine.commands["/sbin/fdisk -l"] = {fill + "x" + name + "\n"};
+  EXPECT_EQ(getFromFdisk("/dev/hda", &cylinders, &heads, &sectors, &kilobytes), 0);
+}
+
 TEST_F(GetFromFdiskTest, namesOfOtherSources) {
   EXPECT_EQ(getFromFdisk2("cciss/c0d0", &cylinders, &heads, &sectors, &kilobytes), 1);
   EXPECT_EQ(cylinders, 4427U);

@@ -130,6 +130,12 @@ TEST_F(RaidStatusTest, mountedCcissDisksAreListedOnce) {
   EXPECT_EQ(machine.openCommands(), 0);
 }
 
+TEST_F(RaidStatusTest, overlongMountLineIsTakenInPiecesOf255Characters) {
+  const std::string device = "/dev/cciss/" + std::string(300, 'x');
+  machine.commands["/bin/mount"] = {device + "p1 on / type ext3 (rw)\n"};
+  EXPECT_THAT(getMountedCcissDisks(), ElementsAre(device.substr(0, 255)));
+}
+
 TEST_F(RaidStatusTest, mountLineWithoutAnyPKeepsItsWholeText) {
   EXPECT_THAT(parseCcissMounts({"cciss\n", "cciss", ""}), ElementsAre("cciss"));
   EXPECT_THAT(parseCcissMounts({"p cciss\n"}), ElementsAre(""));

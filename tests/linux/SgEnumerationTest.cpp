@@ -106,5 +106,15 @@ TEST_F(SgEnumerationTest, overlongLineIsTakenInPieces) {
   EXPECT_EQ(omit("/dev/sg1"), 1);
 }
 
+TEST_F(SgEnumerationTest, pieceOfALineHas2047Characters) {
+  const std::string name = "/dev/";
+  const std::string line = "/dev/sg0 " + std::string(2047 - 9 - name.size(), 'x') + name;
+  machine.commands["sg_map -x 2>/dev/null"] = {line + "sda\n"};
+  EXPECT_EQ(omit("/dev/sg0"), 1);
+  machine.commands["sg_map -x 2>/dev/null"] = {"/dev/sg0 x" + line.substr(9) + "sda\n"};
+  map = {};
+  EXPECT_EQ(omit("/dev/sg0"), 0);
+}
+
 }  // namespace
 }  // namespace quenlor

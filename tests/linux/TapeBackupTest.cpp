@@ -56,6 +56,13 @@ TEST_F(TapeBackupTest, otherArgumentsAreNoBackup) {
   EXPECT_EQ(runWith("root      4800   812  0 02:10 ?        00:00:00 recover -i\n"), 0);
 }
 
+TEST_F(TapeBackupTest, overlongProcessLineIsTakenInPiecesOf255Characters) {
+  std::string line = "root      4711   812  3 02:00 ?        00:01:40 saver ";
+  line.resize(255, 'x');
+  EXPECT_EQ(runWith(line + "save\n"), 1);
+  EXPECT_EQ(runWith(line.substr(1) + "save\n"), 0);
+}
+
 TEST_F(TapeBackupTest, missingPsMeansNoBackup) {
   EXPECT_EQ(isUltrium_tape_LT4772_running(), 0);
   machine.unstartableCommands = {"/bin/ps -ef"};
