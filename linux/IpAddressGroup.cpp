@@ -11,11 +11,11 @@
 
 #include "host/Handles.h"
 #include "host/LineReader.h"
-#include "linux/DefaultGateway.h"
-#include "linux/HostNames.h"
-#include "linux/IfInfoList.h"
-#include "linux/InterfaceQuery.h"
-#include "linux/ResolvConf.h"
+#include "linux/network/DefaultGateway.h"
+#include "linux/network/HostNames.h"
+#include "linux/network/IfInfoList.h"
+#include "linux/network/InterfaceQuery.h"
+#include "linux/network/ResolvConf.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {

@@ -2,7 +2,7 @@
 
 #include "SMBIOS/SMMemory.h"
 #include "host/Host.h"
-#include "linux/Meminfo.h"
+#include "linux/system/Meminfo.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {

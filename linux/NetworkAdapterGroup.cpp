@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "com/identity/Identity.h"
-#include "linux/InterfaceQuery.h"
+#include "linux/network/InterfaceQuery.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {

@@ -10,7 +10,7 @@
 
 #include "host/Handles.h"
 #include "host/LineReader.h"
-#include "linux/Release.h"
+#include "linux/system/Release.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {
@@ -41,11 +41,6 @@ constexpr uint32_t kDescription = 12;
 constexpr uint32_t kMessagesLocale = 15;
 
 constexpr uint32_t kTypeLinux = 37;
-
-uint32_t parseVersionField(const char* field) {
-  if (field == nullptr) return 0;
-  return saturateToUlong(static_cast<uint64_t>(std::max(0L, std::strtol(field, nullptr, 10))));
-}
 
 KernelRelease readKernelRelease(CcLogWrapper* log, const TraceFunction& at) {
   struct utsname name = {};
@@ -108,32 +103,6 @@ const char* messagesLocale(CcLogWrapper* log, const TraceFunction& at) {
 }
 
 }  // namespace
-
-KernelRelease parseKernelRelease(const std::string& release) {
-  KernelRelease result;
-  std::string scratch = release;
-  char* rest = nullptr;
-  result.majorVersion = parseVersionField(strtok_r(scratch.data(), ".", &rest));
-  result.minorVersion = parseVersionField(strtok_r(nullptr, ".", &rest));
-
-  const size_t first = release.find('.');
-  const size_t second = first == std::string::npos ? first : release.find('.', first + 1);
-  if (second != std::string::npos) result.subVersion = release.substr(second + 1);
-  return result;
-}
-
-std::string foldControlCharacters(const std::string& text) {
-  std::string folded;
-  bool inRun = false;
-  for (const char character : text) {
-    if (character == '\0') break;
-    const bool control = std::iscntrl(static_cast<unsigned char>(character)) != 0;
-    if (!control) folded += character;
-    if (control && !inRun) folded += ' ';
-    inRun = control;
-  }
-  return folded;
-}
 
 VelTable* OperatingSystemGroup::getTable() {
   const TraceFunction at{kSourcePath, "getTable()"};

@@ -4,7 +4,7 @@
 
 #include "host/Handles.h"
 #include "host/LineReader.h"
-#include "linux/PciListing.h"
+#include "linux/pci/PciListing.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {

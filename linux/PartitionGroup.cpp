@@ -11,8 +11,8 @@
 #include "com/timelimit/TimeoutStatvfs.h"
 #include "host/Handles.h"
 #include "host/LineReader.h"
-#include "linux/MountTypes.h"
-#include "linux/SwapArea.h"
+#include "linux/partition/MountTypes.h"
+#include "linux/partition/SwapArea.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {

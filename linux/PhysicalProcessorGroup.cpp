@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
-#include "linux/PhysicalProcDescription.h"
 #include "linux/enabler/check_vm.h"
 #include "linux/enabler/retriever.h"
+#include "linux/processor/PhysicalProcDescription.h"
 #include "log/CcLogWrapper.h"
 #include "vtcmd/VtCommand.h"
 

@@ -11,10 +11,10 @@
 #include "com/factory/GroupFactory.h"
 #include "com/identity/Identity.h"
 #include "host/Host.h"
-#include "linux/ProcCpuinfo.h"
-#include "linux/ProcessorFamily.h"
-#include "linux/ProcessorFlags.h"
-#include "linux/RealSpeedValue.h"
+#include "linux/processor/ProcCpuinfo.h"
+#include "linux/processor/ProcessorFamily.h"
+#include "linux/processor/ProcessorFlags.h"
+#include "linux/processor/RealSpeedValue.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {

@@ -7,10 +7,10 @@
 
 #include "com/timelimit/GetTableThread.h"
 #include "host/Host.h"
-#include "linux/SgModule.h"
-#include "linux/StorageGatherers.h"
-#include "linux/StorageText.h"
-#include "linux/TapeBackup.h"
+#include "linux/storage/SgModule.h"
+#include "linux/storage/StorageGatherers.h"
+#include "linux/storage/StorageText.h"
+#include "linux/storage/TapeBackup.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {

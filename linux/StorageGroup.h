@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "com/model/VelTable.h"
-#include "linux/SgEnumeration.h"
+#include "linux/storage/SgEnumeration.h"
 
 namespace quenlor {
 

@@ -1,6 +1,6 @@
 #include "linux/UnixCpuMeterGroup.h"
 
-#include "linux/UnixCpuMeter.h"
+#include "linux/system/UnixCpuMeter.h"
 #include "log/CcLogWrapper.h"
 
 namespace quenlor {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "host/Handles.h"
-#include "linux/IfInfoList.h"
+#include "linux/network/IfInfoList.h"
 #include "tests/support/FakeHost.h"
 
 namespace {

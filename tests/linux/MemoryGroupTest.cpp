@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "linux/Meminfo.h"
+#include "linux/system/Meminfo.h"
 #include "tests/linux/FirmwareScope.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/Rows.h"

@@ -4,7 +4,7 @@
 
 #include <clocale>
 
-#include "linux/Release.h"
+#include "linux/system/Release.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/Rows.h"
 

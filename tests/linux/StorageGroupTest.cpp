@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include "linux/StorageGatherers.h"
-#include "tests/linux/ScriptedSgDevice.h"
+#include "linux/storage/StorageGatherers.h"
+#include "tests/linux/storage/ScriptedSgDevice.h"
 #include "tests/support/CapturedTraces.h"
 #include "tests/support/Rows.h"
 

@@ -11,7 +11,7 @@
 
 #include "com/timelimit/GetTableThread.h"
 #include "linux/StorageGroup.h"
-#include "tests/linux/ScriptedSgDevice.h"
+#include "tests/linux/storage/ScriptedSgDevice.h"
 #include "tests/support/CapturedTraces.h"
 #include "tests/support/ConfiguredProgram.h"
 #include "tests/support/Rows.h"

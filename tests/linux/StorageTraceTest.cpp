@@ -4,10 +4,10 @@
 
 #include <sstream>
 
-#include "linux/FdiskOutput.h"
-#include "linux/SgModule.h"
 #include "linux/StorageGroup.h"
-#include "tests/linux/ScriptedSgDevice.h"
+#include "linux/storage/FdiskOutput.h"
+#include "linux/storage/SgModule.h"
+#include "tests/linux/storage/ScriptedSgDevice.h"
 #include "tests/support/CapturedTraces.h"
 
 namespace quenlor {

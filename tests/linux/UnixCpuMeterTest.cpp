@@ -1,4 +1,4 @@
-#include "linux/UnixCpuMeter.h"
+#include "linux/system/UnixCpuMeter.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
