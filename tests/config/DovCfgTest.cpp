@@ -75,6 +75,13 @@ TEST_F(DovCfgTest, withoutAFileTheDefaultsHold) {
   EXPECT_EQ(configDir(), m_prefix + "/bin");
 }
 
+TEST_F(DovCfgTest, aFileInPlaceOfTheConfigurationDirectoryMeansThatThereIsNone) {
+  fs::remove_all(m_prefix + "/etc");
+  make("etc", "no directory");
+  EXPECT_EQ(initialize(), "");
+  EXPECT_EQ(DovCfg::getError(), DovCfg::kSuccess);
+}
+
 TEST_F(DovCfgTest, sharedDataOfTheInstallationIsTheDefaultDirectory) {
   fs::create_directories(m_prefix + "/share/quenlor");
   initialize();

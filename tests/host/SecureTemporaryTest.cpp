@@ -7,8 +7,10 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 
+#include "host/SystemHost.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -97,6 +99,32 @@ TEST(SecureTemporaryOnDisk, plantedLinkIsReplaced_itsTargetIsNotTouched) {
   EXPECT_TRUE(S_ISREG(status.st_mode));
   EXPECT_EQ(status.st_mode & 07777u, 0600u);
   EXPECT_EQ(std::filesystem::file_size(target), 8u);
+}
+
+// Whoever may write to the directory can be quicker than the program between its two steps.
+TEST(SecureTemporaryOnDisk, nameThatIsPlantedAgainAtOnceIsRefused_itsTargetIsNotTouched) {
+  struct QuickAttacker : SystemHost {
+    int unlink(const char* path) override {
+      SystemHost::unlink(path);
+      return plant(path);
+    }
+    std::function<int(const char*)> plant;
+  } attacker;
+  const ScopedHost scope(attacker);
+  const test::TemporaryDirectory directory;
+  const std::string target = directory.write("target", "precious");
+  const std::string name = directory.path("report");
+
+  attacker.plant = [&](const char* path) { return ::symlink(target.c_str(), path); };
+  EXPECT_FALSE(secureTemporaryFile(name.c_str()));
+  EXPECT_EQ(directory.read("target"), "precious");
+  attacker.plant = [&](const char* path) { return ::link(target.c_str(), path); };
+  EXPECT_FALSE(secureTemporaryFile(name.c_str()));
+  attacker.plant = [&](const char* path) {
+    return ::symlink(directory.path("missing").c_str(), path);
+  };
+  EXPECT_FALSE(secureTemporaryFile(name.c_str()));
+  EXPECT_FALSE(std::filesystem::exists(directory.path("missing")));
 }
 
 }  // namespace
