@@ -114,6 +114,11 @@ TEST_F(CommandLineTest, wAfterListIsAcceptedAndKeepsTheList) {
   EXPECT_TRUE(result.options.wOption);
 }
 
+TEST_F(CommandLineTest, listOfNoEntriesIsNoFailure) {
+  buildResult = 0;
+  EXPECT_FALSE(parse({"-l"}).finished);
+}
+
 TEST_F(CommandLineTest, failingBuildEndsWithStatusEight) {
   buildResult = -1;
   const CommandLineResult result = parse({"-l", "-x"});

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -25,6 +26,7 @@ namespace fs = std::filesystem;
 struct GroupLog {
   std::vector<uint32_t> collected;
   std::function<void(uint32_t id)> onCollect;
+  std::function<void(uint32_t id)> onDelete;
   bool nullTables = false;
   int extraTables = 0;
   int alive = 0;
@@ -34,7 +36,10 @@ GroupLog g_log;
 class LoggingGroup : public VelGroup {
  public:
   explicit LoggingGroup(uint32_t id) : VelGroup(id, 1) { ++g_log.alive; }
-  ~LoggingGroup() override { --g_log.alive; }
+  ~LoggingGroup() override {
+    --g_log.alive;
+    if (g_log.onDelete) g_log.onDelete(getGroupId());
+  }
 
   VelTable* getTable() override {
     g_log.collected.push_back(getGroupId());
@@ -56,7 +61,11 @@ class LoggingGroup : public VelGroup {
 
 class FailingBuilder : public EntryBuilder {
  public:
-  int BuildAllEntries(int) override { return -1; }
+  int BuildAllEntries(int argument) override {
+    arguments.push_back(argument);
+    return -1;
+  }
+  std::vector<int> arguments;
 };
 
 class QuenlorTest : public ::testing::Test {
@@ -180,6 +189,28 @@ TEST_F(QuenlorTraceTest, failuresAreTheStatusOfTheExitRecord) {
             "MID exit scanengine/quenlor.cpp quenlor() hardware return=4");
 }
 
+TEST_F(QuenlorTraceTest, errorsOfTheTableAndOfTheFooterAreTracedOnceOnExit) {
+  fs::create_directories(path("sub"));
+  g_log.onCollect = [this](uint32_t) { fs::remove_all(path("sub")); };
+  const Records collected{
+      "MID entry scanengine/quenlor.cpp quenlor() hardware",
+      "MAX scanengine/quenlor.cpp quenlor() hardware After getIstance",
+      "MAX scanengine/quenlor.cpp quenlor() hardware No config filename entered",
+      "MAX scanengine/quenlor.cpp quenlor() hardware Get all supported groups",
+      "MAX scanengine/quenlor.cpp quenlor() hardware getTable()"};
+  const std::string exit = "MID exit scanengine/quenlor.cpp quenlor() hardware return=11";
+  Records expected = collected;
+  expected.push_back("MAX scanengine/quenlor.cpp quenlor() hardware printXML()");
+  expected.push_back(exit);
+  EXPECT_EQ(tracesOf({"-o", path("sub/out")}), expected);
+
+  fs::create_directories(path("sub"));
+  g_log.nullTables = true;  // then the footer is the first to fail
+  expected = collected;
+  expected.push_back(exit);
+  EXPECT_EQ(tracesOf({"-o", path("sub/out")}), expected);
+}
+
 TEST_F(QuenlorTraceTest, usageErrorsAndListModeHaveNoExitRecord) {
   const Records entry{"MID entry scanengine/quenlor.cpp quenlor() hardware"};
   EXPECT_EQ(tracesOf({"-x"}), entry);
@@ -263,6 +294,7 @@ TEST_F(QuenlorTest, headerErrorEndsTheRunBeforeAnyCollection) {
   EXPECT_TRUE(g_log.collected.empty());
   EXPECT_EQ(err, "quenlor: /nonexistent/directory/out: the output cannot be written\n");
   EXPECT_EQ(run({"-o", directory.path().string()}), 11);  // a directory opens for reading only
+  EXPECT_EQ(err, "quenlor: " + directory.path().string() + ": the output cannot be written\n");
   EXPECT_TRUE(g_log.collected.empty());
 }
 
@@ -280,6 +312,46 @@ TEST_F(QuenlorTest, writerErrorStopsTheScanAfterTheCurrentGroup) {
   EXPECT_EQ(g_log.collected,
             (std::vector<uint32_t>{group::kComponentId, group::kProcessor, group::kMemory}));
   EXPECT_EQ(g_log.alive, 0);
+}
+
+TEST_F(QuenlorTest, writerErrorLeavesOutTheOtherTablesOfItsGroupAndTheFooter) {
+  for (const bool mainTable : {true, false}) {
+    test::FakeHost machine;
+    fs::create_directories(path("sub"));
+    g_log = {};
+    g_log.extraTables = 2;
+    g_log.nullTables = !mainTable;
+    g_log.onCollect = [this](uint32_t) { fs::remove_all(path("sub")); };
+    // From here on the output could be written again.
+    g_log.onDelete = [this](uint32_t) { fs::create_directories(path("sub")); };
+    EXPECT_EQ(run({"-o", path("sub/out")}), 11);
+    EXPECT_EQ(machine.sleptMicroseconds, 1000000U) << "the delay of one table's second attempt";
+    EXPECT_EQ(g_log.collected, std::vector<uint32_t>{group::kComponentId});
+    EXPECT_FALSE(fs::exists(path("sub/out")));
+  }
+}
+
+TEST_F(QuenlorTest, localeOfTheEnvironmentIsSet) {
+  struct LocaleHost : test::FakeHost {
+    const char* setlocale(int category, const char* locale) override {
+      if (locale != nullptr) set.emplace_back(category, locale);
+      return FakeHost::setlocale(category, locale);
+    }
+    std::vector<std::pair<int, std::string>> set;
+  } machine;
+  EXPECT_EQ(run({"-h"}), 0);
+  EXPECT_EQ(machine.set, (std::vector<std::pair<int, std::string>>{{LC_ALL, ""}}));
+}
+
+TEST_F(QuenlorTest, factoryKnowsItsConfigurationBeforeTheFirstGroup) {
+  write("quenlor.conf", "config_dir = /first/dir\nhwscanner.config_file = known.xml\n");
+  std::string seen;
+  g_log.onCollect = [&seen](uint32_t) {
+    if (seen.empty()) seen = GroupFactory::getInstance().hwConfigFile().str();
+  };
+  const test::FakeHost machine;
+  EXPECT_EQ(run({}), 0);
+  EXPECT_EQ(seen, "/first/dir/known.xml");
 }
 
 TEST_F(QuenlorTest, footerErrorIsTheStatus) {
@@ -318,17 +390,21 @@ TEST_F(QuenlorTest, listModeGoesToTheOutputFileWhereverTheOptionStands) {
   EXPECT_EQ(out, "");
   EXPECT_EQ(read("list.txt").rfind("cpu_mhertz:\t", 0), 0U);
   EXPECT_EQ(run({"-l", "-o", "/nonexistent/list.txt"}), 18);
+  EXPECT_EQ(err, "quenlor: /nonexistent/list.txt: the output cannot be written\n");
 }
 
 TEST_F(QuenlorTest, failingListBuildEndsWithEight) {
   FailingBuilder builder;
   EXPECT_EQ(run({"-l"}, builder), 8);
   EXPECT_EQ(out, "");
+  EXPECT_EQ(err, "");
+  EXPECT_EQ(builder.arguments, std::vector<int>{1});
 }
 
 TEST_F(QuenlorTest, wAlonePrintsTheUsageText) {
   EXPECT_EQ(run({"-w"}), 1);
   EXPECT_EQ(err.rfind("Usage:  quenlor", 0), 0U);
+  EXPECT_TRUE(err.ends_with("-m              Generate the MIF output for hardware scan.\n"));
   EXPECT_TRUE(g_log.collected.empty());
 }
 

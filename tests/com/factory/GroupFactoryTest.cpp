@@ -8,9 +8,11 @@
 #include <filesystem>
 #include <fstream>
 
+#include "SMBIOS/SMBIOSTable.h"
 #include "com/factory/HWXmlDovParser.h"
 #include "config/DovCfg.h"
 #include "tests/support/CapturedTraces.h"
+#include "tests/support/FakeHost.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "xmltree/Node.h"
 
@@ -62,6 +64,11 @@ TEST_F(GroupFactoryTest, groupWithoutNameAndOtherElementsAddNothing) {
                      "<Group name='z'/></Hardware>",
                      0),
             Names{});
+}
+
+TEST_F(GroupFactoryTest, emptyNameOfAGroupIsTakenAsItStands) {
+  EXPECT_EQ(groupsOf("<Hardware><Group Name=''/><Group Name=' Memory'/></Hardware>", 0),
+            (Names{"", " Memory"}));
 }
 
 TEST_F(GroupFactoryTest, fileWithoutHardwareSectionSaysSo) {
@@ -145,15 +152,19 @@ TEST_F(GroupFactoryTest, coresPerPackageDetectsItsBase) {
   const size_t before = factory.qcms().size();
   const std::string path =
       write("hw.xml",
-            "<QCMs><QCM CoresPerPackage='0x10'/><QCM/><QCM CoresPerPackage=''/>"
-            "<QCM CoresPerPackage='010' Family='f' CC='c' NewFamily='n'/></QCMs>");
+            "<QCMs><QCM CoresPerPackage='0x10'/><QCM/><QCM CoresPerPackage=''/><Cpu/>"
+            "<QCM CoresPerPackage='010' Family='f' CC='c' NewFamily='n'/>"
+            "<QCM CoresPerPackage='4294967298'/></QCMs>");
   ASSERT_EQ(factory.loadNodeFromFile(path, kQcmsSection), 0);
-  ASSERT_EQ(factory.qcms().size(), before + 4);
+  ASSERT_EQ(factory.qcms().size(), before + 5);
   EXPECT_EQ(factory.qcms()[before]->coresPerPackage, 16U);
   EXPECT_EQ(factory.qcms()[before + 1]->coresPerPackage, 1U);
   EXPECT_EQ(factory.qcms()[before + 2]->coresPerPackage, 1U);
   EXPECT_EQ(factory.qcms()[before + 3]->coresPerPackage, 8U);
+  EXPECT_EQ(factory.qcms()[before + 3]->family.str(), "f");
+  EXPECT_EQ(factory.qcms()[before + 3]->cc.str(), "c");
   EXPECT_EQ(factory.qcms()[before + 3]->newFamily.str(), "n");
+  EXPECT_EQ(factory.qcms()[before + 4]->coresPerPackage, 4294967295U);
 }
 
 TEST_F(GroupFactoryTest, sectionsAreHandedOverOnceAlsoWhenNested) {
@@ -161,11 +172,11 @@ TEST_F(GroupFactoryTest, sectionsAreHandedOverOnceAlsoWhenNested) {
   const HWXmlDovParser parser(
       write("hw.xml", "<Processors><QCMs><QCM/></QCMs><Processor/></Processors>"), sink);
   EXPECT_EQ(parser.error(), 0);
+  EXPECT_EQ(sink.getNode(kHardwareSection), nullptr);
   const std::unique_ptr<Node> processors(sink.getNode(kProcessorsSection));
   ASSERT_TRUE(processors);
   EXPECT_EQ(sink.getNode(kProcessorsSection), nullptr);
   EXPECT_EQ(sink.getNode(kQcmsSection), nullptr);  // left together with the node around it
-  EXPECT_EQ(sink.getNode(kHardwareSection), nullptr);
 }
 
 TEST_F(GroupFactoryTest, allGroupsAreAppendedInCatalogueOrder) {
@@ -200,6 +211,19 @@ TEST_F(GroupFactoryTest, hardwareConfigurationFileHasADefaultName) {
   DovCfg::initialize(program.c_str());
   factory.initialise();
   EXPECT_EQ(factory.hwConfigFile().str(), "/some/dir/x");
+}
+
+TEST_F(GroupFactoryTest, initialisingReadsTheFirmwareOnceForAllGroups) {
+  while (globalSMBIOSTable != nullptr) SMBIOSTable::terminateGlobalTable();
+  const test::FakeHost machine;
+  factory.initialise();
+  EXPECT_NE(globalSMBIOSTable, nullptr);
+  const size_t attempts = machine.opened.size();
+  EXPECT_GT(attempts, 0U);
+  EXPECT_EQ(machine.opened.front(), "/dev/mem");
+  factory.initialise();
+  EXPECT_EQ(machine.opened.size(), attempts);
+  while (globalSMBIOSTable != nullptr) SMBIOSTable::terminateGlobalTable();
 }
 
 using Records = std::vector<std::string>;
