@@ -20,7 +20,7 @@
 
 namespace quenlor {
 
-// The C library's time-zone variables after tzset().
+// The C library's time-zone variables as tzset() first sets them: converting a time changes some.
 struct TimeZone {
   long secondsWest = 0;      // `timezone`: seconds west of UTC, negative in the east
   bool daylight = false;     // `daylight`: the zone has daylight-saving rules
@@ -93,7 +93,7 @@ class Host {
   virtual long sysconf(int name) = 0;            // as sysconf
   // First utmp record that getutid finds for the type; false when there is none.
   virtual bool findUtmp(short type, struct utmp* record) = 0;
-  virtual TimeZone timeZone() = 0;                                      // tzset and its variables
+  virtual TimeZone timeZone() = 0;  // to be asked once before the first time is converted
   virtual const char* setlocale(int category, const char* locale) = 0;  // as setlocale
   virtual const char* getenv(const char* name) = 0;                     // as getenv
 

@@ -122,9 +122,18 @@ bool SystemHost::findUtmp(short type, struct utmp* record) {
 }
 
 TimeZone SystemHost::timeZone() {
-  const std::lock_guard lock(m_timeZone);
-  ::tzset();
-  return {::timezone, ::daylight != 0, ::tzname[0], ::tzname[1]};
+  const std::lock_guard lock(m_timeZoneGuard);
+  const char* setting = ::getenv("TZ");
+  const std::optional<std::string> current =
+      setting == nullptr ? std::nullopt : std::optional<std::string>(setting);
+  // localtime() and mktime() leave names and daylight behind as they are at the time converted, and
+  // tzset() puts them right only when TZ has changed.
+  if (!m_timeZone || m_timeZoneSetting != current) {
+    ::tzset();
+    m_timeZone = {::timezone, ::daylight != 0, ::tzname[0], ::tzname[1]};
+    m_timeZoneSetting = current;
+  }
+  return *m_timeZone;
 }
 
 const char* SystemHost::setlocale(int category, const char* locale) {

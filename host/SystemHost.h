@@ -2,6 +2,8 @@
 #pragma once
 
 #include <mutex>
+#include <optional>
+#include <string>
 
 #include "host/CommandRunner.h"
 #include "host/Host.h"
@@ -52,8 +54,10 @@ class SystemHost : public Host {
 
  private:
   CommandRunner m_commands;
-  std::mutex m_utmp;      // the C library keeps one position in utmp for the whole process
-  std::mutex m_timeZone;  // and one set of time-zone variables
+  std::mutex m_utmp;           // the C library keeps one position in utmp for the whole process
+  std::mutex m_timeZoneGuard;  // and one set of time-zone variables
+  std::optional<TimeZone> m_timeZone;            // as first read with this setting of TZ
+  std::optional<std::string> m_timeZoneSetting;  // nothing: TZ is not set
 };
 
 }  // namespace quenlor

@@ -145,6 +145,7 @@ int quenlor(int argc, char* argv[]) {
 
 int quenlor(int argc, char* argv[], EntryBuilder& entryBuilder) {
   host().setlocale(LC_ALL, "");
+  host().timeZone();  // what is reported of the zone is what holds before any time is converted
   DovCfg::initialize(argc > 0 ? argv[0] : "");
   if (const int error = DovCfg::getError()) return error;
   const String properties = DovCfg::getKey("config_dir") + File::pathSeparator + kTraceProperties;

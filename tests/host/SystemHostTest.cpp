@@ -190,6 +190,46 @@ TEST_F(SystemHostTest, timeZoneFollowsTheEnvironment) {
   ::tzset();
 }
 
+// A compiled zone file, UTC with one summer time in 1980: a block of 32-bit times (tzfile(5)), the
+// same with 64-bit times, and the rule that has held since.
+std::string zoneFileWithSummerTimeOf1980() {
+  const auto header = [](char times, char types, char names) {
+    return std::string("TZif2") + std::string(30, '\0') + times + std::string(3, '\0') + types +
+           std::string(3, '\0') + names;
+  };
+  const std::string begin("\x13\x4D\x44\x10", 4);
+  const std::string end("\x14\x33\xEC\x80", 4);
+  const std::string zeros(4, '\0');
+  const std::string rest(
+      "\1\0"              // types of the two times
+      "\0\0\0\0\0\4"      // standard time
+      "\0\0\x0E\x10\1\0"  // summer time
+      "GST\0GMT",
+      21);
+  return header(2, 2, 8) + begin + end + rest + '\0' + header(2, 2, 8) + zeros + begin + zeros +
+         end + rest + '\0' + "\nGMT0\n";
+}
+
+TEST_F(SystemHostTest, timeZoneIsTheSameAfterATimeWasConverted) {
+  const std::string file = path("zone");
+  std::ofstream(file, std::ios::binary) << zoneFileWithSummerTimeOf1980();
+  ::setenv("TZ", file.c_str(), 1);
+  const TimeZone before = real.timeZone();
+  EXPECT_EQ(before.secondsWest, 0);
+  EXPECT_TRUE(before.daylight);
+  EXPECT_EQ(before.name, "GMT");
+  EXPECT_EQ(before.daylightName, "GST");
+
+  const time_t today = 1750000000;
+  struct tm local {};
+  ::localtime_r(&today, &local);  // after which tzname has forgotten the summer time
+  const TimeZone after = real.timeZone();
+  EXPECT_TRUE(after.daylight);
+  EXPECT_EQ(after.daylightName, "GST");
+  ::unsetenv("TZ");
+  ::tzset();
+}
+
 TEST_F(SystemHostTest, localeAndEnvironmentAreThoseOfTheProcess) {
   EXPECT_STREQ(real.setlocale(LC_ALL, nullptr), "C");
   ::setenv("QUENLOR_TEST_VARIABLE", "value", 1);
