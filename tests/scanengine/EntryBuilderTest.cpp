@@ -114,6 +114,13 @@ TEST_F(EntryBuilderTest, kernelModeOfThirtyTwoBitsAndEmptyOneAreTheDefaultPlatfo
   EXPECT_EQ(line("osVersion"), "osVersion:\t");
 }
 
+TEST_F(EntryBuilderTest, versionOfWhichHalfIsMissingHasNoValue) {
+  g_groups[group::kOperatingSystem] = {{{3, {}, 2}}};
+  EXPECT_EQ(line("osVersion"), "osVersion:\t");
+  g_groups[group::kOperatingSystem] = {{{4, {}, 4}}};
+  EXPECT_EQ(line("osVersion"), "osVersion:\t");
+}
+
 TEST_F(EntryBuilderTest, everyReplacementOfSystemTypeAndPlatform) {
   const auto entryOf = [](const std::string& id, const std::string& name, const std::string& mode) {
     g_groups[group::kOperatingSystem] = {{{1, name}, {11, mode}}};
@@ -146,6 +153,14 @@ TEST_F(EntryBuilderTest, eachGroupIsCollectedOnce) {
   for (const uint32_t id : groups) g_groups[id] = {};
   EntryBuilder().BuildAllEntries(1);
   for (const uint32_t id : groups) EXPECT_EQ(g_collections[id], 1) << id;
+}
+
+TEST_F(EntryBuilderTest, buildingAgainReplacesTheEntries) {
+  g_groups[group::kMemory] = {{{1, {}, 2048}}};
+  EntryBuilder builder;
+  EXPECT_EQ(builder.BuildAllEntries(1), 8);
+  g_groups[group::kPartition] = {{{3, {}, 3}, {5, {}, 5242880}}};
+  EXPECT_EQ(builder.BuildAllEntries(1), 9);
 }
 
 TEST_F(EntryBuilderTest, memoryIsInWholeMegabytes) {
@@ -219,6 +234,16 @@ TEST_F(EntryBuilderTest, firstSearchTextInSortedOrderDecides) {
   EXPECT_EQ(entry.getEntryAttribute(-1), "default");
 }
 
+TEST_F(EntryBuilderTest, valueOutsideTheNumberOfValuesIsEmpty) {
+  SimpleEntry entry;
+  EXPECT_EQ(entry.getEntryAttribute(0), "");
+  entry.addEntryAttribute("only");
+  EXPECT_EQ(entry.getAttributeNumber(), 1);
+  EXPECT_EQ(entry.getEntryAttribute(0), "only");
+  EXPECT_EQ(entry.getEntryAttribute(1), "");
+  EXPECT_EQ(entry.getEntryAttribute(-1), "");
+}
+
 TEST_F(EntryBuilderTest, valuesAreRenderedByType) {
   setenv("TZ", "UTC", 1);
   tzset();
@@ -251,6 +276,12 @@ TEST_F(EntryBuilderTest, fileIsTruncatedAndHoldsTheSameLines) {
   fs::remove(path);
 }
 
+TEST_F(EntryBuilderTest, onlyAFailedOpenIsReported_linesLostOnAFullDeviceAreNot) {
+  EntryBuilder builder;
+  builder.BuildAllEntries(1);
+  EXPECT_TRUE(builder.PrintEntries("/dev/full"));
+}
+
 TEST_F(EntryBuilderTest, nullEntriesAreSkipped) {
   EXPECT_EQ(PlainFormatter().format(nullptr), "");
   SimpleEntry entry;
@@ -259,6 +290,7 @@ TEST_F(EntryBuilderTest, nullEntriesAreSkipped) {
   const std::vector<IEntry*> entries{nullptr, &entry};
   PlainPrinter printer;
   printer.SetEntries(&entries);
+  EXPECT_EQ(printer.Print("/dev/null"), 1);
   testing::internal::CaptureStdout();
   EXPECT_EQ(printer.Print("stdout"), 1);
   fflush(stdout);

@@ -3,9 +3,21 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <new>
 #include <string>
 
 #include "com/model/ValueBlock.h"
+
+namespace {
+
+// No memory for arrays whose creator says that it copes without.
+bool g_arraysFail = false;
+
+}  // namespace
+
+void* operator new[](size_t size, const std::nothrow_t&) noexcept {
+  return g_arraysFail ? nullptr : ::operator new[](size);
+}
 
 namespace quenlor {
 namespace {
@@ -198,6 +210,18 @@ TEST(VelGroupTest, extraTableOutsideTheRangeIsNull) {
   group.addExtraTable(&table);
   EXPECT_EQ(group.getExtraTable(-1), nullptr);
   EXPECT_EQ(group.getExtraTable(1), nullptr);
+}
+
+TEST(VelGroupTest, extraTableThatFindsNoMemoryIsDropped_theOthersStay) {
+  EmptyGroup group;
+  VelTable first(group::kMemory, 1);
+  VelTable second(group::kMemory, 1);
+  group.addExtraTable(&first);
+  g_arraysFail = true;
+  group.addExtraTable(&second);
+  g_arraysFail = false;
+  EXPECT_EQ(group.getExtraTableCount(), 1);
+  EXPECT_EQ(group.getExtraTable(0), &first);
 }
 
 TEST(VelGroupTest, extraTablesOutliveTheGroup_theirReceiverDeletesThem) {
