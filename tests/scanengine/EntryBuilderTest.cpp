@@ -221,6 +221,39 @@ TEST_F(EntryBuilderTest, retrieveWithoutArgumentsOrGroupGivesNothing) {
   EXPECT_TRUE(pairs.empty());
 }
 
+TEST_F(EntryBuilderTest, retrieveFromAGroupWithoutTableGivesNothing) {
+  class NoTable : public VelGroup {
+   public:
+    NoTable() : VelGroup(group::kMemory, 1) {}
+    VelTable* getTable() override { return nullptr; }
+  };
+  GroupFactory::getInstance().setCreator([](unsigned long) -> VelGroup* { return new NoTable; });
+  std::vector<NVPair> pairs{{"old", "value"}};
+  const std::vector<std::string> names{"Total Physical"};
+  EXPECT_EQ(EntryBuilder::RetrieveAttributeValue("Memory", &names, &pairs), 0);
+  EXPECT_TRUE(pairs.empty());
+  EXPECT_EQ(line("ram_mbytes"), "ram_mbytes:\t");
+}
+
+TEST_F(EntryBuilderTest, retrieveFromATableOutsideTheCatalogueGivesNothing) {
+  class Unlisted : public VelGroup {
+   public:
+    Unlisted() : VelGroup(group::kMemory, 1) {}
+    VelTable* getTable() override {
+      auto table = std::make_unique<VelTable>(26U, 1U);
+      auto row = std::make_unique<VelTableRow>();
+      addUlong(*row, 1, 5);
+      table->addRow(row.release());
+      return table.release();
+    }
+  };
+  GroupFactory::getInstance().setCreator([](unsigned long) -> VelGroup* { return new Unlisted; });
+  std::vector<NVPair> pairs{{"old", "value"}};
+  const std::vector<std::string> names{"Total Physical"};
+  EXPECT_EQ(EntryBuilder::RetrieveAttributeValue("Memory", &names, &pairs), 0);
+  EXPECT_TRUE(pairs.empty());
+}
+
 TEST_F(EntryBuilderTest, firstSearchTextInSortedOrderDecides) {
   AttributeReplacingEntry entry;
   entry.SetReplacement("Windows Server 2003", "second");
