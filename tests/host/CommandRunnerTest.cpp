@@ -137,6 +137,23 @@ TEST_F(CommandRunnerTest, backgroundProcessThatKeepsTheOutputOpenIsKilledToo) {
   EXPECT_LT(Clock::now() - started, kSoon);
 }
 
+// What has left the process group cannot be killed with it, and may hold the output open or go on
+// writing to it.
+TEST_F(CommandRunnerTest, processThatLeftTheGroupDoesNotKeepTheOutputFromEnding) {
+  for (const char* stray : {"exec sleep 20", "while echo y; do :; done"}) {
+    const auto begin = Clock::now();
+    const std::string line = "setsid sh -c 'echo $$; " + std::string(stray) + "' & exit 0";
+    FILE* stream = shortRunner.start(line.c_str());
+    ASSERT_NE(stream, nullptr);
+    char pid[32] = "";
+    ASSERT_NE(std::fgets(pid, sizeof pid, stream), nullptr);
+    readAll(stream);
+    EXPECT_EQ(shortRunner.finish(stream), 0);
+    EXPECT_LT(Clock::now() - begin, kSoon) << stray;
+    ::kill(std::atoi(pid), SIGKILL);
+  }
+}
+
 TEST_F(CommandRunnerTest, outputBeforeTheCeilingIsDelivered) {
   const Result result = run(shortRunner, "echo early; sleep 100; echo late");
   EXPECT_EQ(result.output, "early\n");

@@ -24,7 +24,7 @@ TEST(TraceSettings, anEmptyTextGivesTheDefaults) {
   EXPECT_EQ(settings->level, TraceLevel::kNone);
   EXPECT_EQ(settings->maxSize, 1024u * 1024);
   EXPECT_EQ(settings->rotatedFiles, 3u);
-  EXPECT_FALSE(settings->file.empty());
+  EXPECT_EQ(settings->file, "/var/log/quenlor.trace");
 }
 
 TEST(TraceSettings, levelsAreKnownByName) {

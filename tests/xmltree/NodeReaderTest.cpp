@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <random>
 #include <string>
 
@@ -156,6 +158,29 @@ TEST(NodeReader, filesThatCannotBeReadAreCriticalErrors) {
     EXPECT_EQ(NodeReader(sink).readFile(name), NodeSink::kStop) << name;
     EXPECT_EQ(sink.kinds, std::vector<std::string>{"critical"}) << name;
   }
+}
+
+TEST(NodeReader, aReadErrorBehindACompleteDocumentIsAnErrorAllTheSame) {
+  std::string rest = "<Hardware/>";
+  cookie_io_functions_t functions{};
+  functions.read = [](void* cookie, char* buffer, size_t size) -> ssize_t {
+    std::string& text = *static_cast<std::string*>(cookie);
+    if (text.empty()) {
+      errno = EIO;
+      return -1;
+    }
+    const size_t count = text.copy(buffer, size);
+    text.erase(0, count);
+    return static_cast<ssize_t>(count);
+  };
+  FILE* stream = fopencookie(&rest, "r", functions);
+  ASSERT_NE(stream, nullptr);
+  RecordingSink sink;
+  EXPECT_EQ(NodeReader(sink).read(stream), NodeSink::kStop);
+  EXPECT_EQ(sink.kinds, std::vector<std::string>{"critical"});
+  EXPECT_EQ(sink.lines, std::vector<int>{0});
+  EXPECT_EQ(sink.root, nullptr);
+  std::fclose(stream);
 }
 
 TEST(NodeReader, depthUpToTheLimitIsTaken) {
