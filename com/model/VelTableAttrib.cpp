@@ -53,17 +53,24 @@ wchar_t replacementCharacter() {
 // Converts character by character: a byte that is no text costs that byte, not the rest of the
 // value, since agents run without LANG on machines whose texts are UTF-8. Some encodings make two
 // characters of one sequence and give the second with no byte used, possibly at the end of the
-// text; there are never more characters than bytes.
+// text; there are never more characters than bytes. Those of JIS X 0213 would give it for ever.
 std::wstring toWide(const char* text, size_t length) {
   std::wstring wide;
   wide.reserve(length);
   const char* const end = text + length;
   std::mbstate_t state{};
+  bool isSecond = false;  // the last character came with no byte used
   while (text <= end && wide.size() < length) {
     wchar_t character = 0;
     const auto left = static_cast<size_t>(end - text) + 1;  // with the terminator
     size_t used = std::mbrtowc(&character, text, left, &state);
     if (used == 0 && character == L'\0') break;
+    if (used == 0 && isSecond) {
+      isSecond = false;
+      state = {};
+      continue;
+    }
+    isSecond = used == 0;
     if (used > left) {  // no text, or cut off in the middle
       character = replacementCharacter();
       used = 1;

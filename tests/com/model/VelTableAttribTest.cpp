@@ -114,6 +114,13 @@ TEST(VelTableAttribTest, octetStringTakes16BytesAndItsOctets) {
   EXPECT_EQ(std::memcmp(attrib.getAttribPtr() + 16, bytes, 3), 0);
 }
 
+TEST(VelTableAttribTest, octetStringOfOneByteHoldsIt) {
+  const unsigned char byte = 0xA5;
+  const VelTableAttrib attrib(77, &byte, 1);
+  expectBlock(attrib, 17, VEL_OCTETSTRING);
+  EXPECT_EQ(attrib.getAttribPtr()[16], byte);
+}
+
 TEST(VelTableAttribTest, emptyOctetStringTakes16Bytes) {
   expectBlock(VelTableAttrib(77, reinterpret_cast<const unsigned char*>(""), 0), 16,
               VEL_OCTETSTRING);
@@ -213,6 +220,19 @@ TEST(VelTableAttribTest, sequenceThatMakesTwoCharactersKeepsBoth) {
               testing::ElementsAre(0xCA, 0x304, 'A', 0xCA, 0x304, 0));
 }
 
+// 0x8399 stands for two characters, of which the library gives the second over and over; 0xFD is no
+// text.
+TEST(VelTableAttribTest, sequenceThatMakesTwoCharactersKeepsWhatIsBehindIt) {
+  const CompiledLocale compiled("ja_JP.SHIFT_JISX0213", "ja_JP", "SHIFT_JISX0213");
+  if (!compiled) GTEST_SKIP() << "no localedef";
+  const ScopedLocale locale("ja_JP.SHIFT_JISX0213");
+  ASSERT_TRUE(locale);
+  EXPECT_THAT(characters(VelTableAttrib(1, "a\x83\x99>=")),
+              testing::ElementsAre('a', 0x30AF, 0x309A, '>', '=', 0));
+  EXPECT_THAT(characters(VelTableAttrib(1, "a\x83\x99>\xFD=")),
+              testing::ElementsAre('a', 0x30AF, 0x309A, '>', '?', '=', 0));
+}
+
 // Property: whatever the bytes, the count fits the reserved size, and the last character is the
 // zero.
 TEST(VelTableAttribTest, anyBytesStayWithinTheirReservedSize) {
@@ -256,6 +276,12 @@ TEST(VelTableAttribTest, timeBeforeTheEpoch) {
 TEST(VelTableAttribTest, fourDigitYearsAreWritten) {
   const TimeZoneSetting utc("UTC");
   EXPECT_EQ(dateTime(253402300799), "9999-12-31-23.59.59.000000");
+}
+
+TEST(VelTableAttribTest, firstYearOfFourDigitsIsZero) {
+  const TimeZoneSetting utc("UTC");
+  EXPECT_EQ(dateTime(-62167219200), "0000-01-01-00.00.00.000000");
+  EXPECT_EQ(dateTime(-62167219201), std::string(kDateTimeSize, '\0'));
 }
 
 TEST(VelTableAttribTest, timesThatTheCalendarCannotExpressAreZeros) {
