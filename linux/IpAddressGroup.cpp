@@ -44,7 +44,7 @@ constexpr uint32_t kIpv6Address = 11;
 
 // One interface or alias, and what is known of it before anything is traced or reported.
 struct Interface {
-  std::string name;
+  InterfaceRecord record;
   std::optional<in_addr> address;
   std::optional<std::string> reverseName;
 
@@ -77,10 +77,10 @@ std::vector<Interface> findInterfaces(const InterfaceQuery& query) {
   const auto list = query.list(kInterfaceBufferSize);
   if (!list) return {};
   getCcLogHw()->traceMAX(kAt(), "hardware %s %d", "ifc_len=", list->byteCount);
-  getCcLogHw()->traceMAX(kAt(), "hardware %s %zu", "count =", list->names.size());
+  getCcLogHw()->traceMAX(kAt(), "hardware %s %zu", "count =", list->records.size());
   std::vector<Interface> interfaces;
-  for (const std::string& name : list->names) {
-    interfaces.push_back({name, query.address(name), std::nullopt});
+  for (const InterfaceRecord& record : list->records) {
+    interfaces.push_back({record, query.address(record), std::nullopt});
   }
   findReverseNames(interfaces);
   return interfaces;
@@ -121,11 +121,11 @@ void splitReverseName(const std::string& name, IpAddress& result) {
 IpAddress readAddress(const InterfaceQuery& query, const Interface& interface, OwnHostName& own) {
   CcLogWrapper* log = getCcLogHw();
   IpAddress result;
-  log->traceMAX(kAt(), "hardware %s %s", "ifr_name=", interface.name.c_str());
+  log->traceMAX(kAt(), "hardware %s %s", "ifr_name=", interface.record.name.c_str());
   result.address = interface.addressText();
   if (interface.address) log->traceMAX(kAt(), "hardware %s %s", "ip addr=", result.address.c_str());
 
-  if (auto mac = query.hardwareAddress(interface.name)) {
+  if (auto mac = query.hardwareAddress(interface.record)) {
     result.macAddress = std::move(*mac);
     log->traceMAX(kAt(), "hardware %s %s", "MAC addr=", result.macAddress.c_str());
   } else {
@@ -141,7 +141,7 @@ IpAddress readAddress(const InterfaceQuery& query, const Interface& interface, O
     log->traceMAX(kAt(), "hardware hostname=<%s>", result.hostName.c_str());
   }
 
-  if (const auto mask = query.netmask(interface.name)) {
+  if (const auto mask = query.netmask(interface.record)) {
     result.mask = addressText(*mask);
     log->traceMAX(kAt(), "hardware %s %s", "subnet=", result.mask.c_str());
   }

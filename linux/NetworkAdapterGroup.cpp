@@ -73,17 +73,17 @@ void addAdapters(const InterfaceQuery& query, VelTable& table) {
   const auto list = query.list(kInterfaceBufferSize);
   if (!list) return;
   log->traceMAX(kAt(), "hardware %s %d", "ifc_len=", list->byteCount);
-  log->traceMAX(kAt(), "hardware %s %zu", "count =", list->names.size());
+  log->traceMAX(kAt(), "hardware %s %zu", "count =", list->records.size());
 
-  for (const std::string& name : list->names) {
-    log->traceMAX(kAt(), "hardware %s %s", "ifr_name=", name.c_str());
-    const auto macAddress = query.hardwareAddress(name);
+  for (const InterfaceRecord& record : list->records) {
+    log->traceMAX(kAt(), "hardware %s %s", "ifr_name=", record.name.c_str());
+    const auto macAddress = query.hardwareAddress(record);
     if (!macAddress) {
       log->traceMAX(kAt(), "hardware %s", "MAC addr FAILED");
       continue;
     }
     log->traceMAX(kAt(), "hardware %s %s", "MAC addr=", macAddress->c_str());
-    if (*macAddress != kNoHardware) addAdapter(table, name, *macAddress);
+    if (*macAddress != kNoHardware) addAdapter(table, record.name, *macAddress);
   }
 }
 

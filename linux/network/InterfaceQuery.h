@@ -13,11 +13,17 @@
 
 namespace quenlor {
 
-// The interfaces that SIOCGIFCONF names: those with an IPv4 address, aliases such as "eth0:1" as
-// entries of their own.
-struct InterfaceNames {
+// One address of an interface. An interface with several is listed once for each, most often under
+// the same name: only the address tells such records apart.
+struct InterfaceRecord {
+  std::string name;  // or that of an alias, such as "eth0:1"
+  in_addr address;
+};
+
+// What SIOCGIFCONF names: all IPv4 addresses.
+struct InterfaceList {
   int byteCount = 0;  // as the kernel returned it
-  std::vector<std::string> names;
+  std::vector<InterfaceRecord> records;
 };
 
 class InterfaceQuery {
@@ -29,15 +35,15 @@ class InterfaceQuery {
 
   // Nothing when the kernel refuses. It does not tell when the buffer is too small: the list then
   // ends at the last record that fits as a whole.
-  std::optional<InterfaceNames> list(size_t bufferSize) const;
+  std::optional<InterfaceList> list(size_t bufferSize) const;
 
-  std::optional<in_addr> address(const std::string& name) const;
-  std::optional<in_addr> netmask(const std::string& name) const;
+  std::optional<in_addr> address(const InterfaceRecord& record) const;
+  std::optional<in_addr> netmask(const InterfaceRecord& record) const;
   // "00:A0:C9:12:34:56"
-  std::optional<std::string> hardwareAddress(const std::string& name) const;
+  std::optional<std::string> hardwareAddress(const InterfaceRecord& record) const;
 
  private:
-  std::optional<ifreq> ask(unsigned long request, const std::string& name) const;
+  std::optional<ifreq> ask(unsigned long request, const InterfaceRecord& record) const;
 
   Descriptor m_socket;
 };

@@ -73,10 +73,8 @@ class FakeInterfaces {
   int answer(unsigned long request, void* argument) {
     if (request == SIOCGIFCONF) return answerList(static_cast<ifconf*>(argument));
     auto* exchange = static_cast<ifreq*>(argument);
-    const std::string name(exchange->ifr_name, ::strnlen(exchange->ifr_name, IFNAMSIZ));
-    const auto found = std::find_if(interfaces.begin(), interfaces.end(),
-                                    [&](const FakeInterface& each) { return each.name == name; });
-    if (found == interfaces.end()) return fail(ENODEV);
+    const FakeInterface* found = find(*exchange);
+    if (found == nullptr) return fail(ENODEV);
     switch (request) {
       case SIOCGIFADDR:
         return putAddress(found->address, exchange->ifr_addr);
@@ -87,6 +85,22 @@ class FakeInterfaces {
       default:
         return fail(EINVAL);
     }
+  }
+
+  // The first of that name and address or, when there is none, the first of that name.
+  const FakeInterface* find(const ifreq& exchange) const {
+    const std::string name(exchange.ifr_name, ::strnlen(exchange.ifr_name, IFNAMSIZ));
+    sockaddr_in asked{};
+    std::memcpy(&asked, &exchange.ifr_addr, sizeof asked);
+    char address[INET_ADDRSTRLEN] = "";
+    ::inet_ntop(AF_INET, &asked.sin_addr, address, sizeof address);
+    const FakeInterface* first = nullptr;
+    for (const FakeInterface& each : interfaces) {
+      if (each.name != name) continue;
+      if (asked.sin_family == AF_INET && each.address == address) return &each;
+      if (first == nullptr) first = &each;
+    }
+    return first;
   }
 
   int answerList(ifconf* list) {

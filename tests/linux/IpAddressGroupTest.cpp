@@ -27,6 +27,7 @@ constexpr uint32_t kIndex = 1;
 constexpr uint32_t kAddress = 2;
 constexpr uint32_t kHostname = 3;
 constexpr uint32_t kDomain = 4;
+constexpr uint32_t kSubnet = 5;
 constexpr uint32_t kGateway = 6;
 constexpr uint32_t kMac = 10;
 constexpr uint32_t kIpv6 = 11;
@@ -175,6 +176,19 @@ TEST_F(IpAddressGroupTest, aliasesAreRowsOfTheirOwn) {
   network.interfaces = {{"eth0", "10.0.0.1", "255.0.0.0", "02:00:00:00:00:01"},
                         {"eth0:1", "10.0.0.2", "255.0.0.0", "02:00:00:00:00:01"}};
   EXPECT_EQ(collect<IpAddressGroup>().size(), 2U);
+}
+
+TEST_F(IpAddressGroupTest, addressesOfOneInterfaceUnderOneNameAreRowsOfTheirOwn) {
+  network.interfaces = {{"eth0", "10.0.0.1", "255.0.0.0", "02:00:00:00:00:01"},
+                        {"eth0", "192.168.5.1", "255.255.255.0", "02:00:00:00:00:01"}};
+  machine.hostNames = {{"10.0.0.1", "one"}, {"192.168.5.1", "two"}};
+  const auto rows = collect<IpAddressGroup>();
+  ASSERT_EQ(rows.size(), 2U);
+  EXPECT_EQ(valueOf(rows[0], kAddress), "10.0.0.1");
+  EXPECT_EQ(valueOf(rows[0], kHostname), "one");
+  EXPECT_EQ(valueOf(rows[1], kAddress), "192.168.5.1");
+  EXPECT_EQ(valueOf(rows[1], kHostname), "two");
+  EXPECT_EQ(valueOf(rows[1], kSubnet), "255.255.255.0");
 }
 
 TEST_F(IpAddressGroupTest, reverseNameWithoutDomainTakesThatOfResolvConf) {

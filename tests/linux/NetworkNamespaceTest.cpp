@@ -215,6 +215,16 @@ TEST_F(NetworkNamespaceTest, fiftyInterfacesFillTheAddressListWhoseFirstRecordIs
   EXPECT_EQ(openDescriptors(), before);
 }
 
+TEST_F(NetworkNamespaceTest, addressesOfOneInterfaceUnderOneNameAreRowsOfTheirOwn) {
+  if (!makeInterface("eth0")) GTEST_SKIP() << "no virtual interfaces";
+  for (const char* network : {"198.18.0.1/24", "198.18.0.2/24", "198.18.1.1/30"}) {
+    addAddress("eth0", network);
+  }
+  EXPECT_THAT(reportedAddresses(), SizeIs(3));
+  EXPECT_THAT(reportedAddresses(), ElementsAreArray(expectedAddresses()));
+  EXPECT_THAT(reportedAdapters(), ElementsAreArray(expectedAdapters()));
+}
+
 TEST_F(NetworkNamespaceTest, aliasesNamesOfEveryKindAndInterfacesWithoutAddress) {
   const std::vector<std::pair<std::string, std::string>> types = {
       {"eth0", "3"}, {"tr0", "4"}, {"trunk0", "4"}, {"slip0", "6"}, {"ppp0", "10"}, {"wan0", "2"}};
