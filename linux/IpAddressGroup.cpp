@@ -129,7 +129,7 @@ IpAddress readAddress(const InterfaceQuery& query, const Interface& interface, O
     result.macAddress = std::move(*mac);
     log->traceMAX(kAt(), "hardware %s %s", "MAC addr=", result.macAddress.c_str());
   } else {
-    log->traceMAX(kAt(), "hardware %s", "MAC addr Failed");
+    log->traceMIN(kAt(), "hardware %s", "MAC addr Failed");
   }
 
   if (interface.reverseName) {

@@ -79,7 +79,7 @@ void addAdapters(const InterfaceQuery& query, VelTable& table) {
     log->traceMAX(kAt(), "hardware %s %s", "ifr_name=", record.name.c_str());
     const auto macAddress = query.hardwareAddress(record);
     if (!macAddress) {
-      log->traceMAX(kAt(), "hardware %s", "MAC addr FAILED");
+      log->traceMIN(kAt(), "hardware %s", "MAC addr FAILED");
       continue;
     }
     log->traceMAX(kAt(), "hardware %s %s", "MAC addr=", macAddress->c_str());

@@ -169,7 +169,9 @@ TEST_F(IpAddressGroupTest, rowWithoutHardwareAddressHasAnEmptyOne) {
   network.interfaces[0].mac.reset();
   const test::CapturedTraces traces;
   EXPECT_EQ(valueOf(onlyRow(), kMac), "");
-  EXPECT_EQ(traces.count("hardware MAC addr Failed"), 1);
+  EXPECT_THAT(
+      traces.texts(),
+      testing::Contains("MIN linux/IpAddressGroup.cpp getTable() hardware MAC addr Failed"));
 }
 
 TEST_F(IpAddressGroupTest, aliasesAreRowsOfTheirOwn) {
