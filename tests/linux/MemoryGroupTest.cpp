@@ -74,6 +74,38 @@ TEST_F(MemoryGroupTest, swapTotalBeforeMemTotalIsOverwritten) {
   EXPECT_EQ(valueOf(collect<MemoryGroup>()[0], 3), "100");
 }
 
+TEST_F(MemoryGroupTest, everySwapLineIsAdded) {
+  machine.files["/proc/meminfo"] =
+      "MemTotal: 100 kB\nMemFree: 10 kB\nSwapTotal: 5 kB\nSwapTotal: 6 kB\nSwapFree: 3 kB\n"
+      "SwapFree: 4 kB\n";
+  const RowValues row = collect<MemoryGroup>()[0];
+  EXPECT_EQ(valueOf(row, 3), "111");
+  EXPECT_EQ(valueOf(row, 4), "17");
+}
+
+TEST_F(MemoryGroupTest, labelsCountAnywhereInALineButOnlyWithTheirBlank) {
+  machine.files["/proc/meminfo"] =
+      "xMemTotal: 7 kB\nMemTotal:\t9 kB\nMemFree:\t9 kB\nSwapTotal:\t9 kB\n"
+      "SwapFree:\t9 kB\nLowMemFree: 5 kB\n";
+  const RowValues row = collect<MemoryGroup>()[0];
+  EXPECT_EQ(valueOf(row, 1), "7");
+  EXPECT_EQ(valueOf(row, 2), "5");
+  EXPECT_EQ(valueOf(row, 3), "7");
+  EXPECT_EQ(valueOf(row, 4), "5");
+}
+
+TEST_F(MemoryGroupTest, sysinfoAmountsAreRoundedDownOneByOne) {
+  struct sysinfo info = {};
+  info.totalram = info.totalswap = 2 * 1024 + 1023;
+  info.freeram = info.freeswap = 1024 + 1023;
+  machine.sysinfoResult = info;
+  const RowValues row = collect<MemoryGroup>()[0];
+  EXPECT_EQ(valueOf(row, 1), "2");
+  EXPECT_EQ(valueOf(row, 2), "1");
+  EXPECT_EQ(valueOf(row, 3), "4");
+  EXPECT_EQ(valueOf(row, 4), "2");
+}
+
 TEST_F(MemoryGroupTest, sysinfoServesWhereMeminfoIsMissingEmptyOrZero) {
   struct sysinfo info = {};
   info.totalram = 1048576UL * 1024;
@@ -160,6 +192,9 @@ TEST_F(MemoryGroupTest, parseValTakesTheSecondWord) {
   EXPECT_EQ(parse(""), 0);
   EXPECT_EQ(parse("MemTotal: kB"), 0);
   EXPECT_EQ(parse("MemTotal: 12"), 12);
+  EXPECT_EQ(parse("MemTotal: \t:12:3"), 12);
+  EXPECT_EQ(parse("MemTotal:\t12 34"), 34);
+  EXPECT_EQ(parse("MemTotal: 012"), 12);
 }
 
 TEST_F(MemoryGroupTest, binaryAndUnterminatedMeminfoDoesNoHarm) {

@@ -63,6 +63,8 @@ TEST_F(OperatingSystemGroupTest, kernelReleaseIsSplitLikeTokens) {
   EXPECT_EQ(parseKernelRelease("x.7.").subVersion, "");
   EXPECT_EQ(parseKernelRelease("99999999999999999999.1.2").majorVersion, 0xFFFFFFFFU);
   EXPECT_EQ(parseKernelRelease("-3.1.2").majorVersion, 0U);
+  EXPECT_EQ(parseKernelRelease("010.011.2").majorVersion, 10U);
+  EXPECT_EQ(parseKernelRelease("010.011.2").minorVersion, 11U);
 }
 
 TEST_F(OperatingSystemGroupTest, failingUnameGivesZerosAndEmptyTexts) {
@@ -85,13 +87,15 @@ TEST_F(OperatingSystemGroupTest, carriageReturnAndNewlineBecomeOneBlank) {
 
 TEST_F(OperatingSystemGroupTest, blanksAreKeptWhileRunsOfControlsFold) {
   EXPECT_EQ(foldControlCharacters("a  b\t\n\x01 c"), "a  b  c");
+  EXPECT_EQ(foldControlCharacters("a\x1B\x7F\vb"), "a b");
   EXPECT_EQ(foldControlCharacters(std::string("ab\0cd", 5)), "ab");
 }
 
 TEST_F(OperatingSystemGroupTest, firstExistingReleaseFileWins) {
-  machine.files["/etc/UnitedLinux-release"] = "UnitedLinux 1.0 (i586)\n";
-  machine.files["/etc/SuSE-release"] = "SuSE\n";
+  EXPECT_EQ(nameWith("/etc/UnitedLinux-release", "UnitedLinux 1.0\n"), "UnitedLinux 1.0 ");
+  EXPECT_EQ(nameWith("/etc/SuSE-release", "SuSE\n"), "SuSE ");
   EXPECT_EQ(nameWith("/etc/turbolinux-release", "Turbolinux\n"), "Turbolinux ");
+  EXPECT_EQ(nameWith("/etc/redhat-release", "Red Hat\n"), "Red Hat ");
 }
 
 TEST_F(OperatingSystemGroupTest, releaseTextEndsAfter254Bytes) {

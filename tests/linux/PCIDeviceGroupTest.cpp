@@ -132,6 +132,14 @@ TEST_F(PCIDeviceGroupTest, lastLineMayLackItsNewline) {
   EXPECT_EQ(valueOf(collect<PCIDeviceGroup>().at(0), 2), "Intel Corp. 440BX (Host bridge)");
 }
 
+TEST_F(PCIDeviceGroupTest, lastCharacterOfALineIsCutWhenItIsAControlCharacter) {
+  for (const char* end : {"\n", "\r", "\x7F", ""}) {
+    machine.files[kProcPci] =
+        std::string("  Bus  0, device   1, function  0:\n    Host bridge: Intel 440BX") + end;
+    EXPECT_EQ(valueOf(collect<PCIDeviceGroup>().at(0), 2), "Intel 440BX (Host bridge)");
+  }
+}
+
 TEST_F(PCIDeviceGroupTest, overlongLinesArriveInPiecesOf255Characters) {
   const std::string description(1000, 'd');
   machine.files[kProcPci] =

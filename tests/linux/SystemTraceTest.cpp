@@ -205,6 +205,14 @@ TEST_F(SystemTraceTest, systemParametersShowRunLevelNameAndBoot) {
                   "MID exit" + at + "UnixSystemParamsGroup"));
 }
 
+TEST_F(SystemTraceTest, lineOfRunlevelIsReadTo78Characters) {
+  machine.commands["/sbin/runlevel"] = {"N 5" + std::string(100, 'x'), 0};
+  EXPECT_THAT(
+      tracesOf<UnixSystemParamsGroup>(),
+      Contains("MAX linux/UnixSystemParamsGroup.cpp getTable() hardware Linux runlevel= N 5" +
+               std::string(75, 'x')));
+}
+
 TEST_F(SystemTraceTest, systemParametersWithoutBootRecordTraceTheFailure) {
   machine.setUname("n", "6.1.0", "x86_64");
   const std::string at = " linux/UnixSystemParamsGroup.cpp getTable() hardware ";

@@ -49,6 +49,23 @@ TEST_F(UnixCpuMeterTest, countingStopsAtTheFirstLineThatIsNoProcessor) {
   EXPECT_EQ(meter.getUserTime(), 500);  // "cpufoo" behind "intr" is not counted
 }
 
+TEST_F(UnixCpuMeterTest, lineCountsWhenItsFirstWordHoldsCpuAnywhere) {
+  machine.files["/proc/stat"] = "cpu 12\nxcpu0 1\n cpu 2\nthecpus\nx cpu\ncpu3\n";
+  EXPECT_EQ(collect<CpuMeterGroup>()[0], (RowValues{{2, "4"}}));
+}
+
+TEST_F(UnixCpuMeterTest, firstLineIsReadInPiecesOf1023Characters) {
+  // The first piece ends behind the 4, and what follows counts as a line of its own.
+  const std::string columns = "cpu 10 20 30 40";
+  machine.files["/proc/stat"] = columns + std::string(1022 - columns.size(), ' ') + "4cpu0 1\n";
+  EXPECT_EQ(collect<CpuMeterGroup>()[0], (RowValues{{1, "40"}, {2, "10"}, {3, "4"}, {4, "30"}}));
+}
+
+TEST_F(UnixCpuMeterTest, onlyMinusOneIsUnknownAmongTheTimes) {
+  machine.files["/proc/stat"] = "cpu -4 0 -2 -7 -3\ncpu0 1\ncpu1 1\n";
+  EXPECT_EQ(collect<CpuMeterGroup>()[0], (RowValues{{1, "-3"}, {2, "-2"}}));
+}
+
 TEST_F(UnixCpuMeterTest, kernelWithoutIowaitHasNoWaitTime) {
   machine.files["/proc/stat"] =
       "cpu  1000 20 300 5000\ncpu0 600 10 200 2410\ncpu1 400 10 100 2590\n";
@@ -151,14 +168,22 @@ TEST_F(UnixCpuMeterTest, binaryAndOverlongStatDoesNoHarm) {
 
 TEST_F(UnixCpuMeterTest, refreshingAfterInitForgetsOldValues) {
   machine.files["/proc/stat"] = kTwoProcessors;
+  machine.files["/proc/uptime"] = "5.0 1\n";
+  machine.files["/proc/loadavg"] = "0.20 0.18 0.12 1/80 11206\n";
   UnixCpuMeter meter;
   meter.refresh();
+  EXPECT_EQ(meter.getWaitTime(), 20);
   machine.files.clear();
   meter.init();
   meter.refresh();
   EXPECT_EQ(meter.getIdleTime(), -1);
+  EXPECT_EQ(meter.getWaitTime(), -1);
+  EXPECT_EQ(meter.getUserTime(), -1);
+  EXPECT_EQ(meter.getSysTime(), -1);
   EXPECT_EQ(meter.getSystemUpTime(), -1);
   EXPECT_EQ(meter.getLoadAvg1(), -1.0F);
+  EXPECT_EQ(meter.getLoadAvg5(), -1.0F);
+  EXPECT_EQ(meter.getLoadAvg15(), -1.0F);
 }
 
 }  // namespace

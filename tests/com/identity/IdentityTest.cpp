@@ -113,6 +113,11 @@ TEST(MachineType, threeCharactersOrFewerBehindABracketEmptyTheOutput) {
   EXPECT_STREQ(preset, "");
 }
 
+TEST(MachineType, firstBracketDecides) {
+  EXPECT_EQ(machineType("x[8670]-[7979AC1]-"), "8670");
+  EXPECT_EQ(machineType("x[[8670"), "[867");
+}
+
 // A bracket decides even in a seven-character product.
 TEST(MachineType, bracketGoesBeforeTheLength) { EXPECT_EQ(machineType("ab[cdef"), "cdef"); }
 

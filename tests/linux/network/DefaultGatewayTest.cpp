@@ -102,6 +102,15 @@ TEST_F(DefaultGatewayTest, filesThatYieldNothingAreClosed) {
   EXPECT_EQ(machine.openDescriptors(), 0);
 }
 
+TEST_F(DefaultGatewayTest, inTheOtherFilesTheKeyMayBePartOfALongerWord) {
+  machine.files[kRoutes] = "mydefaults 10.0.0.3\n";
+  EXPECT_EQ(gateway(), "10.0.0.3");
+  machine.files[kRouteConf] = "defaulted 10.0.0.2\n";
+  EXPECT_EQ(gateway(), "10.0.0.2");
+  machine.files[kEth0] = "GATEWAYDEV=eth0\nGATEWAY=10.0.0.1\n";
+  EXPECT_EQ(gateway(), "0");
+}
+
 TEST_F(DefaultGatewayTest, networkFileNeedsTheKeyWithItsEqualsSign) {
   machine.files[kNetwork] = "GATEWAYDEV=eth0\n";
   EXPECT_EQ(gateway(), "");

@@ -206,6 +206,34 @@ TEST(ProcPciParser, revisionBeforeTheColonIsNotSeen) {
             (Rows{{"Intel 440BX. ((rev 5) bridge)", "0x00"}}));
 }
 
+TEST(ProcPciParser, rawIdsCountAnywhereBeforeTheRevision) {
+  EXPECT_EQ(procPciRows(bus(0, 1) + "    PCI device 8086:ffff: Intel (rev 3).\n"),
+            (Rows{{"Intel device", "0x03"}}));
+  EXPECT_EQ(procPciRows(bus(0, 1) + "    Host bridge: X (rev 3) PCI device 8086:ffff.\n"),
+            (Rows{{"X (Host bridge)", "0x03"}}));
+}
+
+TEST(ProcPciParser, tabsInFrontBelongToNoClassText) {
+  EXPECT_EQ(procPciRows(bus(0, 1) + "\t \tHost bridge: Intel 440BX (rev 3).\n"),
+            (Rows{{"Intel 440BX (Host bridge)", "0x03"}}));
+}
+
+TEST(ProcPciParser, busAndDeviceAreDecimal) {
+  const std::string device = "    Host bridge: Intel 440BX (rev 3).\n";
+  EXPECT_EQ(procPciRows("Bus 010, device 012, function 0:\n" + device +
+                        "Bus 10, device 12, function 0:\n" + device)
+                .size(),
+            1U);
+}
+
+TEST(ProcPciParser, idsAreTakenOnce) {
+  EXPECT_EQ(procPciRows(bus(0, 1) + "    Host bridge: Intel Unknown device (rev 1).\n"
+                                    "      Vendor id=8086. Device id=7190.\n"
+                                    "      Vendor id=8086. Device id=7113.\n")
+                .size(),
+            1U);
+}
+
 TEST(ProcPciParser, lineWithoutColonInPlaceOfTheDescriptionYieldsNothing) {
   EXPECT_EQ(procPciRows(bus(0, 1) + "    garbage\n    Host bridge: Intel 440BX (rev 3).\n"),
             Rows{});

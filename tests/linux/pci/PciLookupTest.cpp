@@ -140,6 +140,10 @@ TEST(LookupPCI, resultIsA180ByteBuffer) {
   name.get()[kPciNameSize - 1] = '\0';  // the last byte belongs to it
 }
 
+TEST(LookupPCI, resultOf179CharactersIsNotCut) {
+  EXPECT_EQ(pciName(0x1AE0, 1, std::string(177, 'c')), "(" + std::string(177, 'c') + ")");
+}
+
 TEST(LookupPCI, cutDoesNotSplitACharacter) {
   // "(" and 177 letters leave one byte: a character of two bytes does not fit.
   EXPECT_EQ(pciName(0x1AE0, 1, std::string(177, 'c') + "é"), "(" + std::string(177, 'c'));
