@@ -38,6 +38,17 @@ status=0
 "$program" -c "$work/scan.xml" > /dev/full 2> "$work/err" || status=$?
 { [ "$status" -eq 0 ] && grep -q 'standard output cannot be written' "$work/err"; } ||
   { echo "FAILED: a full standard output: status $status"; failed=1; }
+# A caller that closed it does not find the document in the next file that is opened: the trace.
+mkdir "$work/traced"
+cp "$program" "$work/traced/"
+echo "config_dir = $work/traced" > "$work/traced/quenlor.conf"
+printf 'trace.level = MAX\ntrace.file = trace\n' > "$work/traced/DovTrace.properties"
+status=0
+"$work/traced/quenlor" -c "$work/scan.xml" >&- 2> "$work/err" || status=$?
+{ [ "$status" -eq 0 ] && grep -q 'standard output cannot be written' "$work/err" &&
+  grep -q 'hardware return=0' "$work/traced/trace" &&
+  ! grep -q '</Hardware>' "$work/traced/trace"; } ||
+  { echo "FAILED: a closed standard output: status $status"; failed=1; }
 
 [ "$failed" -eq 0 ] && echo "every output that cannot be written has its status"
 exit "$failed"
