@@ -53,7 +53,8 @@ wchar_t replacementCharacter() {
 // Converts character by character: a byte that is no text costs that byte, not the rest of the
 // value, since agents run without LANG on machines whose texts are UTF-8. Some encodings make two
 // characters of one sequence and give the second with no byte used, possibly at the end of the
-// text; there are never more characters than bytes. Those of JIS X 0213 would give it for ever.
+// text; those of JIS X 0213 would give it for ever. No more characters than bytes are stored, which
+// cuts texts only in an encoding (TSCII) that has two characters for a single byte.
 std::wstring toWide(const char* text, size_t length) {
   std::wstring wide;
   wide.reserve(length);

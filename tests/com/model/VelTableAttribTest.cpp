@@ -233,6 +233,16 @@ TEST(VelTableAttribTest, sequenceThatMakesTwoCharactersKeepsWhatIsBehindIt) {
               testing::ElementsAre('a', 0x30AF, 0x309A, '>', '?', '=', 0));
 }
 
+// A Tamil byte that stands for two characters: the block has room for one per byte.
+TEST(VelTableAttribTest, encodingWithMoreCharactersThanBytesStaysWithinTheReservedSize) {
+  const CompiledLocale compiled("ta_IN.TSCII", "ta_IN", "TSCII");
+  if (!compiled) GTEST_SKIP() << "no localedef";
+  const ScopedLocale locale("ta_IN.TSCII");
+  ASSERT_TRUE(locale);
+  EXPECT_THAT(characters(VelTableAttrib(1, "\xE1")), testing::ElementsAre(0xBA8, 0));
+  EXPECT_THAT(characters(VelTableAttrib(1, "\xE1\xE1")), testing::ElementsAre(0xBA8, 0xBC2, 0));
+}
+
 // Property: whatever the bytes, the count fits the reserved size, and the last character is the
 // zero.
 TEST(VelTableAttribTest, anyBytesStayWithinTheirReservedSize) {

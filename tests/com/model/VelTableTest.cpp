@@ -87,7 +87,11 @@ TEST(VelTableTest, resetStartsAnew) {
   table->getNext();
   table->getNext();
   EXPECT_EQ(table->reset(), 1);
-  EXPECT_EQ(firstId(table->getNext()), 5u);
+  VelTableRow* first = table->getNext();
+  EXPECT_EQ(first->getNext()->getId(), 5u);
+  EXPECT_EQ(first->getNext(), nullptr);
+  EXPECT_EQ(first->reset(), 1);
+  EXPECT_EQ(first->getNext()->getId(), 5u);
 }
 
 TEST(VelTableTest, addingReturnsOne) {
@@ -150,7 +154,11 @@ TEST(VelTableTest, dumpShowsRowsAndAttributesAndLeavesTheTableFresh) {
   const std::string expected =
       "\n--------Table Memory (00000003) ver=1\nRows=2" + row('1') + row('2');
   EXPECT_EQ(dump(*table), expected);
-  EXPECT_EQ(dump(*table), expected);
+  VelTableRow* first = table->getNext();
+  EXPECT_EQ(first->getNext()->getId(), 1u);
+  EXPECT_EQ(dump(*table), expected) << "from the start, wherever the cursors stand";
+  EXPECT_EQ(table->getNext(), first);
+  EXPECT_EQ(first->getNext()->getId(), 1u);
 }
 
 TEST(VelTableTest, buildersNameTheirWidth) {
