@@ -215,6 +215,20 @@ TEST(XmlUtilTest, spaceOutDropsWhatCannotStartAName) {
   EXPECT_EQ(elementName("_:x"), "_:x");
 }
 
+TEST(XmlUtilTest, spaceOutJudgesEveryByteFirstAndLater) {
+  const std::string first = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_:";
+  const std::string digits = "0123456789";
+  const std::string later = first + digits + ".-";
+  for (int byte = 1; byte < 256; ++byte) {
+    const std::string c(1, static_cast<char>(byte));
+    const bool isDigit = digits.find(c) != std::string::npos;
+    const bool mayBeFirst = isDigit || first.find(c) != std::string::npos;
+    EXPECT_EQ(elementName(c.c_str()), mayBeFirst ? (isDigit ? "_" : "") + c : "") << byte;
+    const bool mayBeLater = later.find(c) != std::string::npos;
+    EXPECT_EQ(elementName(("x" + c).c_str()), mayBeLater ? "x" + c : "x") << byte;
+  }
+}
+
 TEST(XmlUtilTest, spaceOutDropsOtherBytesThanAscii) {
   EXPECT_EQ(elementName("\xC3\xA9t\xE9"), "t");
 }
