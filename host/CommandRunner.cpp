@@ -13,6 +13,7 @@
 #include <csignal>
 #include <cstring>
 #include <optional>
+#include <set>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -135,11 +136,48 @@ class SpawnSettings {
 
 }  // namespace
 
+// The process groups of all commands that are not reaped. Until then a leader, or its zombie, keeps
+// the group's number from reuse, so that no stranger is killed. May be used from several threads.
+class CommandRunner::Groups {
+ public:
+  bool areKilled() const {
+    const std::lock_guard lock(m_mutex);
+    return m_areKilled;
+  }
+
+  void add(pid_t leader) {
+    const std::lock_guard lock(m_mutex);
+    m_leaders.insert(leader);
+    if (m_areKilled) ::kill(-leader, SIGKILL);  // all the others were, while this one was started
+  }
+
+  // As waitpid() that does not wait.
+  pid_t reap(pid_t leader, int* status) {
+    const std::lock_guard lock(m_mutex);
+    const pid_t found = ::waitpid(leader, status, WNOHANG);
+    if (found == leader || (found < 0 && errno != EINTR)) m_leaders.erase(leader);
+    return found;
+  }
+
+  void killAll() {
+    const std::lock_guard lock(m_mutex);
+    m_areKilled = true;
+    for (const pid_t leader : m_leaders) ::kill(-leader, SIGKILL);
+  }
+
+ private:
+  mutable std::mutex m_mutex;
+  std::set<pid_t> m_leaders;
+  bool m_areKilled = false;
+};
+
 // One running command and the reading end of its output.
 class CommandRunner::Child {
  public:
-  Child(pid_t pid, OwnedDescriptor output, Clock::time_point deadline)
-      : m_pid(pid), m_output(std::move(output)), m_deadline(deadline) {}
+  Child(Groups& groups, pid_t pid, OwnedDescriptor output, Clock::time_point deadline)
+      : m_groups(groups), m_pid(pid), m_output(std::move(output)), m_deadline(deadline) {
+    m_groups.add(m_pid);
+  }
 
   // As read(); 0 also for ever after the deadline or the longest output, once what was written
   // before is consumed.
@@ -167,9 +205,6 @@ class CommandRunner::Child {
 
   void closeOutput() { m_output = OwnedDescriptor(); }
 
-  // Only before the leader is reaped: until then its zombie keeps the group's number from reuse.
-  void killGroup() const { ::kill(-m_pid, SIGKILL); }
-
   // Wait status, or -1 when the child cannot be reaped.
   int reap() {
     int status = -1;
@@ -180,6 +215,9 @@ class CommandRunner::Child {
   }
 
  private:
+  // Only before the leader is reaped.
+  void killGroup() const { ::kill(-m_pid, SIGKILL); }
+
   // False when the deadline has come.
   bool waitForOutput() {
     for (;;) {
@@ -202,7 +240,7 @@ class CommandRunner::Child {
   bool reapUntil(Clock::time_point end, int* status) const {
     for (auto nap = std::chrono::microseconds(20);; nap = std::min(nap * 2, kLongestNap)) {
       int found = 0;
-      const pid_t pid = ::waitpid(m_pid, &found, WNOHANG);
+      const pid_t pid = m_groups.reap(m_pid, &found);
       if (pid == m_pid) *status = found;
       if (pid == m_pid || (pid < 0 && errno != EINTR)) return true;
       if (Clock::now() >= end) return false;
@@ -212,6 +250,7 @@ class CommandRunner::Child {
 
   static constexpr std::chrono::microseconds kLongestNap{5000};
 
+  Groups& m_groups;
   const pid_t m_pid;
   OwnedDescriptor m_output;
   const Clock::time_point m_deadline;
@@ -219,11 +258,16 @@ class CommandRunner::Child {
   std::optional<size_t> m_leftover;  // set once killed: bytes that were in the pipe by then
 };
 
-CommandRunner::CommandRunner(milliseconds ceiling) : m_ceiling(ceiling) {}
+CommandRunner::CommandRunner(milliseconds ceiling)
+    : m_ceiling(ceiling), m_groups(std::make_unique<Groups>()) {}
 
 CommandRunner::~CommandRunner() = default;
 
 FILE* CommandRunner::start(const char* commandLine) {
+  if (m_groups->areKilled()) {
+    errno = ECANCELED;
+    return nullptr;
+  }
   const Clock::time_point deadline = Clock::now() + m_ceiling;
   std::optional<Pipe> pipe = makePipe();
   const OwnedDescriptor input = openNoInput();
@@ -237,7 +281,7 @@ FILE* CommandRunner::start(const char* commandLine) {
     errno = error;
     return nullptr;
   }
-  auto child = std::make_unique<Child>(pid, std::move(pipe->readEnd), deadline);
+  auto child = std::make_unique<Child>(*m_groups, pid, std::move(pipe->readEnd), deadline);
 
   cookie_io_functions_t functions{};
   functions.read = [](void* cookie, char* buffer, size_t size) {
@@ -270,9 +314,6 @@ int CommandRunner::finish(FILE* stream) {
   return child->reap();
 }
 
-void CommandRunner::killAll() {
-  const std::lock_guard lock(m_mutex);
-  for (const auto& [stream, child] : m_children) child->killGroup();
-}
+void CommandRunner::killAll() { m_groups->killAll(); }
 
 }  // namespace quenlor

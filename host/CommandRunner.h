@@ -22,8 +22,8 @@ class CommandRunner {
   // Runs the line with /bin/sh in a process group of its own: standard input from /dev/null,
   // standard output to the returned stream, standard error to /dev/null, LC_ALL=C, default signals.
   // When the ceiling or 32 MiB of output are reached the group is killed, and the output ends with
-  // what was written by then. Null, with errno, only when no shell could be started. finish()
-  // closes the stream.
+  // what was written by then. Null, with errno, only when no shell could be started, or none is to
+  // be any more. finish() closes the stream.
   FILE* start(const char* commandLine);
 
   // Closes a stream of start() and gives the wait status of the shell. Output not read is thrown
@@ -31,15 +31,18 @@ class CommandRunner {
   // the child cannot even be killed (stuck in the kernel).
   int finish(FILE* stream);
 
-  // Kills all commands whose streams are not finished. They are still to be finished; reading them
+  // Kills all commands that have not ended, those that finish() waits for too, and lets no other
+  // start: who has lost one may want the next. Open streams are still to be finished; reading them
   // ends with what was written by now.
   void killAll();
 
  private:
+  class Groups;
   class Child;
   using Clock = std::chrono::steady_clock;
 
   const std::chrono::milliseconds m_ceiling;
+  const std::unique_ptr<Groups> m_groups;  // outlives the children
   std::mutex m_mutex;
   std::unordered_map<FILE*, std::unique_ptr<Child>> m_children;
 };

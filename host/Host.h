@@ -121,8 +121,8 @@ Host& host();
 // The real machine, for tests that replace only some operations of it.
 Host& systemHost();
 
-// Kills the real machine's commands that somebody still waits for: nobody will, once the process
-// ends, and their ceiling ends with it.
+// Kills the real machine's commands that somebody still waits for, and lets no other start: nobody
+// will wait, once the process ends, and their ceiling ends with it.
 void killCommands();
 
 // Installs another host for its own lifetime. For tests: not to be nested across threads.

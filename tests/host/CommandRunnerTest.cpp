@@ -224,6 +224,38 @@ TEST_F(CommandRunnerTest, allCommandsCanBeKilledLongBeforeTheirCeiling) {
   EXPECT_LT(Clock::now() - started, kSoon);
 }
 
+// A worker whose command was killed asks the next drive, and that command would outlive the
+// process.
+TEST_F(CommandRunnerTest, onceAllWereKilledNoOtherIsStarted) {
+  FILE* first = runner.start("exec sleep 100");
+  ASSERT_NE(first, nullptr);
+  runner.killAll();
+  errno = 0;
+  FILE* next = runner.start("exec sleep 100");
+  EXPECT_EQ(next, nullptr);
+  EXPECT_EQ(errno, ECANCELED);
+  if (next != nullptr) runner.killAll();
+  if (next != nullptr) runner.finish(next);
+  EXPECT_TRUE(isKilled(runner.finish(first)));
+}
+
+TEST_F(CommandRunnerTest, commandsThatAreBeingClosedAreKilledToo) {
+  FILE* unread = runner.start("exec sleep 100");
+  FILE* silent = runner.start("exec >&-; sleep 100");
+  ASSERT_NE(unread, nullptr);
+  ASSERT_NE(silent, nullptr);
+  int statuses[2] = {};
+  std::thread drainer([&] { statuses[0] = runner.finish(unread); });
+  std::thread reaper([&] { statuses[1] = runner.finish(silent); });
+  std::this_thread::sleep_for(300ms);
+  runner.killAll();
+  drainer.join();
+  reaper.join();
+  EXPECT_TRUE(isKilled(statuses[0]));
+  EXPECT_TRUE(isKilled(statuses[1]));
+  EXPECT_LT(Clock::now() - started, kSoon);
+}
+
 TEST_F(CommandRunnerTest, unreadOutputIsDrainedSoThatTheCommandEndsByItself) {
   FILE* stream = runner.start("head -c 500000 /dev/zero && exit 5");
   ASSERT_NE(stream, nullptr);
