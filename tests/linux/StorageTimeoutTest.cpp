@@ -14,6 +14,7 @@
 #include "tests/linux/storage/ScriptedSgDevice.h"
 #include "tests/support/CapturedTraces.h"
 #include "tests/support/ConfiguredProgram.h"
+#include "tests/support/NoThreads.h"
 #include "tests/support/Rows.h"
 
 namespace quenlor {
@@ -37,28 +38,6 @@ class TimeLimit {
 
  private:
   test::ConfiguredProgram m_program;
-};
-
-// While this lives no thread can be started: a stack of the default size does not fit into memory.
-class NoThreads {
- public:
-  NoThreads() {
-    pthread_getattr_default_np(&m_before);
-    pthread_attr_t huge;
-    pthread_attr_init(&huge);
-    pthread_attr_setstacksize(&huge, size_t{1} << 62);
-    EXPECT_EQ(pthread_setattr_default_np(&huge), 0);
-    pthread_attr_destroy(&huge);
-  }
-  ~NoThreads() {
-    pthread_setattr_default_np(&m_before);
-    pthread_attr_destroy(&m_before);
-  }
-  NoThreads(const NoThreads&) = delete;
-  NoThreads& operator=(const NoThreads&) = delete;
-
- private:
-  pthread_attr_t m_before{};
 };
 
 // A device whose first read does not return until it is released.
@@ -217,7 +196,7 @@ TEST_F(StorageTimeoutTest, workerThatCannotBeStartedYieldsNoTableAndSaysSo) {
   letModprobeLoadTheModule();
   ::testing::internal::CaptureStderr();
   {
-    const NoThreads refused;
+    const test::NoThreads refused;
     StorageGroup group;
     EXPECT_EQ(group.getTable(), nullptr);
   }

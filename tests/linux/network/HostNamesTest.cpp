@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/support/FakeHost.h"
+#include "tests/support/NoThreads.h"
 
 namespace quenlor {
 namespace {
@@ -73,6 +74,14 @@ TEST(HostNames, manyMoreAddressesAreLookedUpInTurns) {
   const auto names = hostNamesOf(addresses(1000));
   ASSERT_EQ(names.size(), 1000U);
   EXPECT_EQ(names[999], "host1000");
+}
+
+TEST(HostNames, withoutThreadsAllAddressesAreLookedUpAllTheSame) {
+  const test::NoThreads refused;
+  const SlowNameService machine(1);
+  const auto names = hostNamesOf(addresses(70));
+  ASSERT_EQ(names.size(), 70U);
+  for (uint32_t i = 0; i < 70; ++i) EXPECT_EQ(names[i], "host" + std::to_string(i + 1));
 }
 
 }  // namespace
