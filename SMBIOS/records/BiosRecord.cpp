@@ -52,7 +52,8 @@ int SMBIOSTable0Data::readBlock(const TableBytes& buf, int off) {
 
 int SMBIOSTable0Data::getROMSizeKB() const {
   const int size = (m_romSize + 1) * 64;
-  getCcLogHw()->traceMAX(tracePoint(), "hardware %s %d %s", "getROMSizeKB:", size, "KB");
+  const TraceFunction at = traceFunction("getROMSizeKB()");
+  getCcLogHw()->traceMAX(at(), "hardware %s %d %s", "getROMSizeKB:", size, "KB");
   return size;
 }
 

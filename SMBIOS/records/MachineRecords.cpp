@@ -23,7 +23,8 @@ const char* SMBIOSTable1Data::getUUIDAsString() const {
   }
   char* out = text;
   for (uint8_t byte : m_uuid) out += std::snprintf(out, 3, "%02X", byte);
-  getCcLogHw()->traceMAX(tracePoint(), "hardware %s %s", "UUID:", text);
+  const TraceFunction at = traceFunction("getUUIDAsString()");
+  getCcLogHw()->traceMAX(at(), "hardware %s %s", "UUID:", text);
   return text;
 }
 

@@ -33,7 +33,8 @@ int SMBIOSTable4Data::readBlock(const TableBytes& buf, int off) {
 
 double SMBIOSTable4Data::getVoltageInVolts() const {
   const double value = volts(m_voltage);
-  getCcLogHw()->traceMAX(tracePoint(), "hardware %s %.1f", "Voltage In Volts:", value);
+  const TraceFunction at = traceFunction("getVoltageInVolts()");
+  getCcLogHw()->traceMAX(at(), "hardware %s %.1f", "Voltage In Volts:", value);
   return value;
 }
 

@@ -68,7 +68,7 @@ class SMBIOSTableData {
                      uint32_t line = __builtin_LINE()) const {
     const char* text = stringFromIndex(field.value);
     if (getCcLogHw()->isEnabled(TraceLevel::kMax))
-      traceText(label, text, {m_sourcePath, function, line});
+      traceText(label, text, {m_sourcePath, calledName(function).c_str(), line});
     return text;
   }
   template <class Number>
@@ -76,7 +76,8 @@ class SMBIOSTableData {
                 uint32_t line = __builtin_LINE()) const {
     if (getCcLogHw()->isEnabled(TraceLevel::kMax)) {
       const auto bits = static_cast<uint32_t>(static_cast<std::make_unsigned_t<Number>>(field));
-      traceNumber(label, bits, 2 * sizeof field, {m_sourcePath, function, line});
+      traceNumber(label, bits, 2 * sizeof field,
+                  {m_sourcePath, calledName(function).c_str(), line});
     }
     return field;
   }
@@ -86,10 +87,8 @@ class SMBIOSTableData {
                  uint32_t line = __builtin_LINE()) const {
     return traced(label, static_cast<uint8_t>(field >> bit & 1), function, line) != 0;
   }
-  TracePoint tracePoint(const char* function = __builtin_FUNCTION(),
-                        uint32_t line = __builtin_LINE()) const {
-    return {m_sourcePath, function, line};
-  }
+  // For a function that traces more than a field.
+  TraceFunction traceFunction(const char* function) const { return {m_sourcePath, function}; }
 
   static void print(const char* label, const char* text);
   static void print(const char* label, int64_t number);
@@ -101,6 +100,8 @@ class SMBIOSTableData {
   static int readField(const TableBytes& buf, int off, StringNumber& field);
   static int readField(const TableBytes& buf, int off, std::array<uint8_t, 16>& field);
 
+  // Trace records name functions with their parentheses.
+  static std::string calledName(const char* function) { return std::string(function) + "()"; }
   static void traceText(const char* label, const char* text, const TracePoint& at);
   static void traceNumber(const char* label, uint32_t number, size_t digits, const TracePoint& at);
 

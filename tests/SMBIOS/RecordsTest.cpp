@@ -283,7 +283,7 @@ TEST(SMBIOSTable4Data, voltageIsTracedWithOneDecimal) {
   const test::CapturedTraces traces;
   recordOf<SMBIOSTable4Data>(test::Processor{.voltage = 0x8C}, k24)->getVoltageInVolts();
   EXPECT_TRUE(traces.contains("../../../src/invscan/SMBIOS/SMBIOSTable4Data.cpp:"));
-  EXPECT_EQ(traces.count(" getVoltageInVolts hardware Voltage In Volts: 1.2"), 1);
+  EXPECT_EQ(traces.count(" getVoltageInVolts() hardware Voltage In Volts: 1.2"), 1);
 }
 
 TEST(SMBIOSTable4Data, voltages) {
@@ -495,6 +495,19 @@ TEST(RecordTrace, accessorsTraceLabelsAndCleanedTexts) {
         "hardware Vendor: -none-", "hardware Port Type: 10",
         "../../../src/invscan/SMBIOS/SMBIOSTable4Data.cpp"}) {
     EXPECT_TRUE(traces.contains(expected)) << expected;
+  }
+}
+
+TEST(RecordTrace, functionsHaveTheirParentheses) {
+  const test::CapturedTraces traces;
+  recordOf<SMBIOSTable4Data>(processor(), k24)->isPopulated();
+  recordOf<SMBIOSTable4Data>(processor(), k24)->getFamily();
+  recordOf<SMBIOSTable0Data>(test::Bios{}, k24)->getVendor();
+  recordOf<SMBIOSTable0Data>(test::Bios{.romSize = 7}, k24)->getROMSizeKB();
+  recordOf<SMBIOSTable1Data>(test::System{.uuid = {1}}, k24)->getUUIDAsString();
+  for (const char* function :
+       {"isPopulated()", "getFamily()", "getVendor()", "getROMSizeKB()", "getUUIDAsString()"}) {
+    EXPECT_EQ(traces.countHolding(std::string(" ") + function + " hardware "), 1) << function;
   }
 }
 
