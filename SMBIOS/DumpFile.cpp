@@ -30,17 +30,38 @@ class DumpScanner {
 
   // Saturated at the largest int.
   std::optional<int> number() {
-    skipBlanks();
-    if (m_rest.starts_with("0x") || m_rest.starts_with("0X")) m_rest.remove_prefix(2);
+    const std::optional<std::string_view> digits = takeDigits();
+    if (!digits) return std::nullopt;
     int value = 0;
-    const char* end = m_rest.data() + m_rest.size();
-    const auto [last, error] = std::from_chars(m_rest.data(), end, value, 16);
-    if (error == std::errc::invalid_argument || m_rest.starts_with('-')) return std::nullopt;
-    m_rest.remove_prefix(static_cast<size_t>(last - m_rest.data()));
+    const auto [last, error] =
+        std::from_chars(digits->data(), digits->data() + digits->size(), value, 16);
     return error == std::errc::result_out_of_range ? INT_MAX : value;
   }
 
+  // Low byte of a number of any size.
+  std::optional<unsigned char> lowByte() {
+    const std::optional<std::string_view> digits = takeDigits();
+    if (!digits) return std::nullopt;
+    const std::string_view last =
+        digits->substr(digits->size() - std::min<size_t>(digits->size(), 2));
+    unsigned char value = 0;
+    std::from_chars(last.data(), last.data() + last.size(), value, 16);
+    return value;
+  }
+
  private:
+  // The hexadecimal digits of the number ahead, without its prefix; nothing when there is none.
+  std::optional<std::string_view> takeDigits() {
+    skipBlanks();
+    if (m_rest.starts_with("0x") || m_rest.starts_with("0X")) m_rest.remove_prefix(2);
+    const size_t count =
+        std::min(m_rest.find_first_not_of("0123456789abcdefABCDEF"), m_rest.size());
+    if (count == 0) return std::nullopt;
+    const std::string_view digits = m_rest.substr(0, count);
+    m_rest.remove_prefix(count);
+    return digits;
+  }
+
   void skipBlanks() {
     m_rest.remove_prefix(std::min(m_rest.find_first_not_of(kBlanks), m_rest.size()));
   }
@@ -50,9 +71,9 @@ class DumpScanner {
 
 void readBytes(DumpScanner& scanner, TableBytes& bytes) {
   for (int i = 0; i < bytes.size(); ++i) {
-    const std::optional<int> value = scanner.number();
+    const std::optional<unsigned char> value = scanner.lowByte();
     if (!value) return;
-    bytes.data()[i] = static_cast<unsigned char>(*value);
+    bytes.data()[i] = *value;
   }
 }
 

@@ -106,6 +106,18 @@ TEST_F(DumpFileTest, prefixesAreOptionalAndLowBytesKept) {
   EXPECT_EQ(table->getData()[2], 0x03);
 }
 
+// A writer that prints its bytes as signed numbers fills them up with the sign.
+TEST_F(DumpFileTest, lowByteOfANumberBeyondThirtyOneBitsIsKept) {
+  const SMBIOSTable* table = read(
+      "SMBIOS File Format=1\nSMBIOS Length=4\nSMBIOS NumTables=2\nSMBIOS Revision=24\n"
+      "SMBIOS Data=\n0xFFFFFFA5 FFFFFFFFFFFFFF81 0xc 00000000000000000000003\n");
+  ASSERT_EQ(table->getTotalLength(), 4);
+  EXPECT_EQ(table->getData()[0], 0xA5);
+  EXPECT_EQ(table->getData()[1], 0x81);
+  EXPECT_EQ(table->getData()[2], 0x0C);
+  EXPECT_EQ(table->getData()[3], 0x03);
+}
+
 TEST_F(DumpFileTest, missingFileLeavesTheTableEmpty) {
   const SMBIOSTable table("/tmp/missing");
   EXPECT_EQ(table.getTotalLength(), 0);
