@@ -1,12 +1,13 @@
 #include "linux/enabler/retriever.h"
 
+#include <sys/wait.h>
+
 #include <cctype>
-#include <charconv>
 #include <cmath>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
-#include <system_error>
 
 #include "base/Text.h"
 #include "host/Handles.h"
@@ -35,11 +36,9 @@ constexpr size_t kFirstLineSize = 300;
 // No agent text comes near it; a command that never ends its line shall not fill the memory.
 constexpr size_t kMaxLineSize = size_t{1} << 20;
 
-int getKey(std::string& output, const char* key) {
-  const std::string command =
-      std::string("vmware-guestd --cmd 'info-get guestinfo.") + key + "' 2>/dev/null";
-  return getInfo(output, command.c_str());
-}
+// Once a command of the agent had to be killed before it said a word, waiting for the next ones as
+// long would only multiply the delay: the groups of one scan read a dozen keys.
+bool agentIsStuck = false;
 
 // The first line with its newline; nothing when there is no output. The rest of the output is read
 // and dropped: a child that writes into a closed pipe would end with a code that is not its own.
@@ -68,14 +67,54 @@ int exitCodeOf(int waitStatus) {
   return static_cast<int8_t>((static_cast<unsigned>(waitStatus) >> 8) & 0xFFu);
 }
 
-// As strtod in the "C" locale; 0 for a text that is no finite number.
+// 0 for a text that is no finite number.
 double floatingValue(const std::string& text) {
-  const char* first = text.c_str();
-  while (std::isspace(static_cast<unsigned char>(*first)) != 0) ++first;
-  if (first[0] == '+' && first[1] != '-') ++first;
-  double value = 0;
-  const auto parsed = std::from_chars(first, text.c_str() + text.size(), value);
-  return parsed.ec == std::errc() && std::isfinite(value) ? value : 0;
+  const double value = parseDouble(text.c_str());
+  return std::isfinite(value) ? value : 0;
+}
+
+bool wasKilled(int waitStatus) {
+  return waitStatus != -1 && WIFSIGNALED(waitStatus) && WTERMSIG(waitStatus) == SIGKILL;
+}
+
+int traceNotStarted(const char* command) {
+  const TraceFunction at{kSourcePath, "getInfo()"};
+  getCcLogHw()->traceMIN(at(), "hardware unable to obtain output stream from command '%s'",
+                         command);
+  return -1;
+}
+
+// As getInfo(); killedSilent tells whether the command said nothing until it was killed.
+int runCommand(std::string& output, const char* command, bool& killedSilent) {
+  const TraceFunction at{kSourcePath, "getInfo()"};
+  CcLogWrapper* log = getCcLogHw();
+  log->traceMAX(at(), "hardware after command=%s", command);
+  CommandStream stream(command);
+  if (!stream) return traceNotStarted(command);
+  std::optional<std::string> line = readFirstLine(stream.get());
+  const int status = stream.close();
+  if (!line) {
+    killedSilent = wasKilled(status);
+    log->traceMIN(at(), "hardware no suitable output text from command '%s'", command);
+    return -1;
+  }
+  const int exitCode = exitCodeOf(status);
+  if (exitCode != 0) {
+    log->traceMIN(at(), "hardware command '%s' exit with problems: return code = %d", command,
+                  exitCode);
+    return exitCode;
+  }
+  stripTrailingBlanks(*line);
+  output = std::move(*line);
+  log->traceMAX(at(), "hardware info retrieved successful = %s", output.c_str());
+  return 0;
+}
+
+int getKey(std::string& output, const char* key) {
+  const std::string command =
+      std::string("vmware-guestd --cmd 'info-get guestinfo.") + key + "' 2>/dev/null";
+  if (agentIsStuck) return traceNotStarted(command.c_str());
+  return runCommand(output, command.c_str(), agentIsStuck);
 }
 
 // Reads one text of the host record; an unreadable one is empty.
@@ -97,30 +136,11 @@ int readHostTextOrNone(String& text, const char* key) {
 }  // namespace
 
 int getInfo(std::string& output, const char* command) {
-  const TraceFunction at{kSourcePath, "getInfo()"};
-  CcLogWrapper* log = getCcLogHw();
-  log->traceMAX(at(), "hardware after command=%s", command);
-  CommandStream stream(command);
-  if (!stream) {
-    log->traceMIN(at(), "hardware unable to obtain output stream from command '%s'", command);
-    return -1;
-  }
-  std::optional<std::string> line = readFirstLine(stream.get());
-  if (!line) {
-    log->traceMIN(at(), "hardware no suitable output text from command '%s'", command);
-    return -1;
-  }
-  const int exitCode = exitCodeOf(stream.close());
-  if (exitCode != 0) {
-    log->traceMIN(at(), "hardware command '%s' exit with problems: return code = %d", command,
-                  exitCode);
-    return exitCode;
-  }
-  stripTrailingBlanks(*line);
-  output = std::move(*line);
-  log->traceMAX(at(), "hardware info retrieved successful = %s", output.c_str());
-  return 0;
+  bool killedSilent = false;
+  return runCommand(output, command, killedSilent);
 }
+
+void askStuckAgentAgain() { agentIsStuck = false; }
 
 int getNodeId(std::string& nodeId) { return getKey(nodeId, kNodeId) == 0 ? 1 : 0; }
 

@@ -23,6 +23,10 @@ struct HostInfo {
 // untouched unless the result is 0.
 int getInfo(std::string& output, const char* command);
 
+// The functions below run the agent until one of its commands is killed, by the ceiling of all
+// commands, without having said a word. From then on they fail at once, until this is called.
+void askStuckAgentAgain();
+
 // 1 on success, else 0. A text is left untouched on failure, a number is 0 then.
 int getNodeId(std::string& nodeId);
 int getNodeCapacity(int* capacity);  // physical packages of the host

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <clocale>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 
@@ -209,6 +210,7 @@ TEST(Retriever, guestCapacityHasADecimalPoint) {
   EXPECT_DOUBLE_EQ(vmCapacityOf(host, " +2.25x"), 2.25);
   EXPECT_DOUBLE_EQ(vmCapacityOf(host, "1,5"), 1);
   EXPECT_DOUBLE_EQ(vmCapacityOf(host, "-1"), -1);
+  EXPECT_DOUBLE_EQ(vmCapacityOf(host, "0x18"), 24);
 }
 
 TEST(Retriever, guestCapacityThatIsNoFiniteNumberIsZero) {
@@ -217,6 +219,66 @@ TEST(Retriever, guestCapacityThatIsNoFiniteNumberIsZero) {
        {"", "unlimited", "nan", "inf", "-inf", "1e999", ".", "+-5", "-+5", "+"}) {
     EXPECT_EQ(vmCapacityOf(host, text), 0) << text;
   }
+}
+
+// What the command runner does to an agent that never answers.
+constexpr int kKilled = SIGKILL;
+
+class StuckAgent : public testing::Test {
+ protected:
+  StuckAgent() { askStuckAgentAgain(); }
+  ~StuckAgent() override { askStuckAgentAgain(); }
+
+  FakeHost m_host;
+};
+
+TEST_F(StuckAgent, isNotWaitedForASecondTime) {
+  const CapturedTraces trace("MIN");
+  m_host.commands[agentCommand("dov_node_id")] = {"", kKilled};
+  setAgentValue(m_host, "dov_vm_id", "guest-7");
+  std::string text = "before";
+  EXPECT_EQ(getNodeId(text), 0);
+  EXPECT_EQ(getVMId(text), 0);
+  HostInfo record;
+  EXPECT_EQ(getHostInfo(record), -1);
+  EXPECT_EQ(text, "before");
+  EXPECT_EQ(m_host.started.size(), 1u);
+  EXPECT_EQ(trace.count("hardware unable to obtain output stream from command '" +
+                        agentCommand("dov_vm_id") + "'"),
+            1);
+}
+
+TEST_F(StuckAgent, isAskedAgainWhenToldSo) {
+  m_host.commands[agentCommand("dov_node_id")] = {"", kKilled};
+  setAgentValue(m_host, "dov_vm_id", "guest-7");
+  std::string text;
+  EXPECT_EQ(getNodeId(text), 0);
+  askStuckAgentAgain();
+  EXPECT_EQ(getVMId(text), 1);
+  EXPECT_EQ(text, "guest-7");
+}
+
+TEST_F(StuckAgent, isNoneThatAnsweredBeforeItsEndOrEndedByItself) {
+  m_host.commands[agentCommand("dov_node_id")] = {"KQXYZ12\n", kKilled};
+  m_host.commands[agentCommand("dov_node_capacity")] = {"", SIGTERM};
+  m_host.commands[agentCommand("dov_physical_processor")] = {"", 127 << 8};
+  setAgentValue(m_host, "dov_vm_id", "guest-7");
+  std::string text;
+  int capacity = 0;
+  EXPECT_EQ(getNodeId(text), 1);
+  EXPECT_EQ(getNodeCapacity(&capacity), 0);
+  EXPECT_EQ(getPhysicalProc(text), 0);
+  EXPECT_EQ(getVMId(text), 1);
+}
+
+TEST_F(StuckAgent, isTheAgentsAloneNotOfOtherCommands) {
+  m_host.commands[kCommand] = {"", kKilled};
+  setAgentValue(m_host, "dov_vm_id", "guest-7");
+  std::string text;
+  EXPECT_EQ(getInfo(text, kCommand), -1);
+  EXPECT_EQ(getVMId(text), 1);
+  EXPECT_EQ(getInfo(text, kCommand), -1);
+  EXPECT_EQ(m_host.started.size(), 3u);
 }
 
 TEST(Retriever, guestInfoStopsAtTheFirstFailure) {
