@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -277,6 +279,25 @@ TEST_F(CommandRunnerTest, commandInProcessGroupOfItsOwn) {
 
 TEST_F(CommandRunnerTest, standardInputIsEmpty) {
   EXPECT_EQ(run(runner, "cat; readlink /proc/self/fd/0").output, "/dev/null\n");
+}
+
+// As in a root directory without devices.
+TEST_F(CommandRunnerTest, withoutNullDeviceCommandsRunAllTheSame_theirInputIsEmpty) {
+  constexpr int kNotHidden = 2;
+  const pid_t pid = ::fork();
+  if (pid == 0) {
+    const bool hidden = ::unshare(CLONE_NEWNS) == 0 &&
+                        ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                        ::mount("none", "/dev", "tmpfs", 0, nullptr) == 0;
+    if (!hidden) ::_exit(kNotHidden);
+    const Result result = run(shortRunner, "cat; echo one; exit 3");
+    ::_exit(result.output == "one\n" && result.status == 3 << 8 ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(::waitpid(pid, &status, 0), pid);
+  ASSERT_TRUE(WIFEXITED(status));
+  if (WEXITSTATUS(status) == kNotHidden) GTEST_SKIP() << "hiding /dev needs root";
+  EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 TEST_F(CommandRunnerTest, complaintsOfCommandsGoNowhere_redirectionsStillWork) {

@@ -288,6 +288,14 @@ TEST_F(GroupFactoryTest, failingLoadsTraceWhatFailedAtTheLowestLevel) {
   EXPECT_EQ(records[10], "MID exit" + at + "return =2");
 }
 
+TEST_F(GroupFactoryTest, ignoredSectionIsTracedWithItsResult) {
+  const test::CapturedTraces traces;
+  EXPECT_EQ(factory.loadNodeFromFile("none.xml", 7), 0);
+  const std::string at = " com/GroupFactory.cpp loadNodeFromFile() hardware ";
+  EXPECT_EQ(traces.texts(), (Records{"MAX" + at + "After parsing config file none.xml",
+                                     "MID exit" + at + "return =0"}));
+}
+
 TEST_F(GroupFactoryTest, warningsAndErrorsOfTheSinkAreTracedWithTheirLine) {
   HWParseNodeSink sink;
   const test::CapturedTraces traces;
