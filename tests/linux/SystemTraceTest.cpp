@@ -228,5 +228,31 @@ TEST_F(SystemTraceTest, scanInfoTracesEntryAndExit) {
   EXPECT_THAT(tracesOf<ScanInfoGroup>(), ElementsAre("MID entry" + at, "MID exit" + at));
 }
 
+TEST(ScanInfoTraceTest, dateIsThatBeforeTheFirstRecord) {
+  class MachineWithTwoClocks : public test::FakeHost {
+   public:
+    explicit MachineWithTwoClocks(const test::CapturedTraces& traces) : m_traces(traces) {}
+    int gettimeofday(struct timeval* out) override {
+      out->tv_sec = m_traces.texts().empty() ? 1000000000 : 1;
+      return 0;
+    }
+    time_t time() override { return 1000000060; }
+
+   private:
+    const test::CapturedTraces& m_traces;
+  };
+  setenv("TZ", "UTC", 1);
+  tzset();
+  const test::CapturedTraces traces;
+  MachineWithTwoClocks machine(traces);
+  struct utmp record = {};
+  record.ut_type = RUN_LVL;
+  record.ut_tv.tv_sec = 1000000000;
+  machine.utmpRecords[RUN_LVL] = record;
+  const auto row = test::collect<ScanInfoGroup>()[0];
+  EXPECT_EQ(test::valueOf(row, 4), "2001-09-09-01.46.40.000000");
+  EXPECT_EQ(test::valueOf(row, 6), "60");
+}
+
 }  // namespace
 }  // namespace quenlor
