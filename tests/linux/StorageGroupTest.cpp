@@ -207,6 +207,15 @@ TEST_F(CcissTest, withoutMountedDisksTheDriversListIsTaken) {
                                  {11, "2"}}));
 }
 
+TEST_F(CcissTest, drivesOfOtherKindsDoNotReplaceTheDriversList) {
+  machine.commands.erase("/bin/mount");
+  addIdeDisk();
+  const auto table = rows();
+  ASSERT_EQ(table.size(), 3U);
+  EXPECT_EQ(valueOf(table[2], kIndex), "3");
+  EXPECT_EQ(valueOf(table[2], kId), "3a0932a188461cd8e79b206c80cf119a");
+}
+
 TEST_F(CcissTest, mountedDisksThatFdiskDoesNotKnowLeaveTheDriversList) {
   machine.commands.erase("/sbin/fdisk -l");
   EXPECT_EQ(rows().size(), 2U);
@@ -242,6 +251,13 @@ TEST_F(StorageGroupTest, scsiSerialNumberComesFromItsPageWhereTheInquiryHasNone)
   disk.setSerialNumber("   VPD-12345 ");
   addGeneric({&disk});
   EXPECT_EQ(valueOf(rows()[0], kSerialNumber), "VPD-12345");
+}
+
+TEST_F(StorageGroupTest, blanksWithinAScsiSerialNumberStay) {
+  ScriptedSgDevice disk;
+  disk.setSerialNumber("  WD- WCA 12 ");
+  addGeneric({&disk});
+  EXPECT_EQ(valueOf(rows()[0], kSerialNumber), "WD- WCA 12");
 }
 
 TEST_F(StorageGroupTest, scsiSerialNumberIsCutAtTheFirstCharacterThatIsNoText) {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 
 #include "tests/linux/storage/ScriptedSgDevice.h"
@@ -138,6 +139,22 @@ TEST_F(ScsiinfoTest, unlistedSerialNumberPageIsNotAsked) {
 TEST_F(ScsiinfoTest, refusedSerialNumberPageIsNoError) {
   device.vpdPages[0x00] = bytes({0x00, 0x80});
   const scsiinfo info = probe();
+  EXPECT_EQ(info.errorcode(), 0);
+  EXPECT_THAT(info.serialnumber(), StrEq(""));
+}
+
+TEST_F(ScsiinfoTest, secondAnswerWithoutDataDoesNotShowTheFirstOnes) {
+  device.setSerialNumber("OFANOTHERDRIVE");
+  test::FakeDevice node = device.genericNode();
+  node.read = [this, answer = node.read](void* packet, size_t size) {
+    constexpr size_t kHeaderSize = 36;
+    const bool isSecond =
+        device.commands == std::vector<std::string>{"12 00 00", "12 01 00", "12 01 80", "12 01 80"};
+    if (isSecond) std::memset(packet, 0, kHeaderSize);
+    return isSecond ? static_cast<ssize_t>(size) : answer(packet, size);
+  };
+  machine.devices["/dev/sg0"] = node;
+  const scsiinfo info("/dev/sg0");
   EXPECT_EQ(info.errorcode(), 0);
   EXPECT_THAT(info.serialnumber(), StrEq(""));
 }
