@@ -271,6 +271,10 @@ TEST(ParseLspciLine, revisionIsEmptyWithoutOne) {
             (Rows{{"VMware SVGA II Adapter", ""}}));
 }
 
+TEST(ParseLspciLine, quotesOfAnEmptyClassCount) {
+  EXPECT_EQ(lspciRow("0 \"\" \"v\" \"d\" -r01\n"), (Rows{{"v d", "0x01"}}));
+}
+
 TEST(ParseLspciLine, revisionKeepsTheDigitsAsPrinted) {
   EXPECT_EQ(lspciRow("0 \"c\" \"v\" \"d\" -rab \"\" \"\"\n"), (Rows{{"v d", "0xab"}}));
   EXPECT_EQ(lspciRow("0 \"c\" \"v\" \"d\" -rab\n"), (Rows{{"v d", "0xab"}}));
