@@ -447,6 +447,8 @@ TEST(SMBIOSTable9Data, secondCharacteristicsNeedAMinorVersion) {
   EXPECT_EQ(record->getSlotID(), 0x0102);
   EXPECT_EQ(record->getSlotCharacteristics1(), 0x0C);
   EXPECT_EQ(record->getSlotCharacteristics2(), 3);
+  EXPECT_EQ(recordOf<SMBIOSTable9Data>(slot, {2, 1})->getSlotCharacteristics2(), 3);
+  EXPECT_EQ(recordOf<SMBIOSTable9Data>(slot, k20)->getSlotCharacteristics2(), 0);
   EXPECT_EQ(recordOf<SMBIOSTable9Data>(slot, k30)->getSlotCharacteristics2(), 0);
 }
 

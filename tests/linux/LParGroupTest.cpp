@@ -330,6 +330,17 @@ TEST_F(LParGroupTest, descriptionWithoutCoresLeavesTheCoresUnknown) {
   }
 }
 
+// A processor that tells its maker only counts no cores; those of the description then stay.
+TEST_F(LParGroupTest, coresOfADescriptionWithoutPackagesStayWhereCpuidCountsNone) {
+  becomeVmwareGuest(m_host);
+  m_host.cpuidLeaves[{0, 0}] = {.eax = 0, .ebx = 0x756E6547, .ecx = 0x6C65746E, .edx = 0x49656E69};
+  publish("dov_physical_processor", "0:GenuineIntel:Xeon:MP:4:1:2000");
+  publish("dov_node_capacity", "2");
+  const RowValues found = row();
+  EXPECT_EQ(valueOf(found, 4), "2.000000");
+  EXPECT_EQ(valueOf(found, 8), "8.000000");
+}
+
 TEST_F(LParGroupTest, lparIdIsCutAt256Characters) {
   becomeGuest();
   publish("dov_vm_id", std::string(300, 'x'));

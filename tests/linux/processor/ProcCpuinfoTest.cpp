@@ -80,6 +80,12 @@ TEST(ProcCpuinfo, valuesThatAreStillInitialAreTakenFromLaterLines) {
   EXPECT_EQ(info.chipFamily, 6);
 }
 
+// Only a count of 1 is open to correction, not every one that says no hyper-threading.
+TEST(ProcCpuinfo, siblingsOfZeroStay) {
+  EXPECT_EQ(readOf("siblings\t: 0\nsiblings\t: 4\n").siblings, 0);
+  EXPECT_EQ(readOf("siblings\t: none\nsiblings\t: 4\n").siblings, 0);
+}
+
 TEST(ProcCpuinfo, laterModelNameLineSetsTheModelToZeroWhileItIsZero) {
   const ProcCpuinfo info =
       readOf("model\t\t: 0\nmodel name\t: First\nmodel name\t: 7 lives\nmodel\t\t: 5\n");

@@ -1,7 +1,9 @@
 // The tables of the Processor group: flags, ratings and family names.
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "linux/processor/ProcessorFamily.h"
@@ -68,6 +70,20 @@ TEST(CpuFlags, allNamesGiveAllMasks) {
   }
   EXPECT_EQ(makeCPUflagsFromString(text.c_str()), all);
   EXPECT_EQ(all, 0x1787FBFFu);
+}
+
+// Bit numbers of CPUID leaf 1 EDX, in the order in which the names are searched.
+TEST(CpuFlags, eachNameStandsForItsBit) {
+  const std::pair<const char*, unsigned> expected[] = {
+      {"fpu", 0},  {"vme", 1},   {"de", 2},    {"pse", 3},  {"tsc", 4},    {"msr", 5},
+      {"pae", 6},  {"mce", 7},   {"cx8", 8},   {"apic", 9}, {"sep", 11},   {"mtrr", 12},
+      {"pge", 13}, {"mca", 14},  {"cmov", 15}, {"pat", 16}, {"pse36", 17}, {"psn", 18},
+      {"mmx", 23}, {"fxsr", 24}, {"sse", 25},  {"xmm", 25}, {"sse2", 26},  {"ht", 28}};
+  ASSERT_EQ(std::size(IntelX86Flags), std::size(expected));
+  for (size_t i = 0; i < std::size(expected); ++i) {
+    EXPECT_STREQ(IntelX86Flags[i].name, expected[i].first);
+    EXPECT_EQ(IntelX86Flags[i].mask, 1u << expected[i].second) << expected[i].first;
+  }
 }
 
 TEST(CpuFlags, namesAreFoundWithinOtherNames_identityDigestsDependOnIt) {
