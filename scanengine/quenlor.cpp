@@ -105,9 +105,9 @@ class Scan {
     const std::unique_ptr<VelTable> table(group->getTable());
     m_log->traceMAX(kAt(), "hardware getTable()");
     int code = table ? write(table.get()) : 0;
-    for (int i = 0; i < group->getExtraTableCount() && code == 0; ++i) {
-      const std::unique_ptr<VelTable> extra(group->getExtraTable(i));
-      if (extra) code = write(extra.get());
+    for (int i = 0; i < group->getExtraTableCount(); ++i) {
+      const std::unique_ptr<VelTable> extra(group->getExtraTable(i));  // ours, written or not
+      if (extra && code == 0) code = write(extra.get());
     }
     group.reset();  // before the table, which must not depend on it
     return code;
