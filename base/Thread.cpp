@@ -19,4 +19,10 @@ void Thread::join() {
   m_started = false;
 }
 
+void Thread::detach() {
+  if (!m_started) return;
+  pthread_detach(m_thread);
+  m_started = false;
+}
+
 }  // namespace quenlor

@@ -5,7 +5,7 @@
 
 namespace quenlor {
 
-// The object must live until join() returned, or for ever when its thread is abandoned.
+// The object must live until join() returned, or for ever once detach() was called.
 class Thread {
  public:
   Thread() = default;
@@ -13,8 +13,9 @@ class Thread {
   Thread& operator=(const Thread&) = delete;
   virtual ~Thread() = default;
 
-  bool start();  // false when no thread could be made, or one is running already
-  void join();   // waits for run() to return; nothing when the thread was never started
+  bool start();   // false when no thread could be made, or one is running already
+  void join();    // waits for run() to return; nothing when the thread was never started
+  void detach();  // nobody will join it: what the system holds for the thread goes when it ends
   virtual void run() = 0;
 
  private:

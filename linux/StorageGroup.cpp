@@ -77,6 +77,7 @@ struct StorageGroup::GuardedCollection {
       : group(std::move(enumeration)) {}
 
   static void abandon(std::unique_ptr<GuardedCollection> collection) {
+    collection->thread.detach();
     // Kept reachable, so that leak checkers can tell this from a mistake; never destroyed.
     static auto& abandoned = *new std::vector<GuardedCollection*>;
     abandoned.push_back(collection.release());

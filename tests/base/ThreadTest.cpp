@@ -19,8 +19,12 @@ class Counting : public Thread {
 
 class Waiting : public Thread {
  public:
-  void run() override { result = go.wait(60000); }
+  void run() override {
+    result = go.wait(60000);
+    done.signal();
+  }
   Event go;
+  Event done;
   int result = -1;
 };
 
@@ -50,6 +54,25 @@ TEST(Thread, startsOnlyOnceUntilJoined) {
   EXPECT_EQ(thread.result, 0);
   ASSERT_TRUE(thread.start());
   thread.join();
+}
+
+TEST(Thread, detachedThreadGoesOnAndIsNotWaitedFor) {
+  static Waiting thread;  // for ever, as its own thread may end at any time
+  ASSERT_TRUE(thread.start());
+  thread.detach();
+  thread.join();
+  EXPECT_EQ(thread.done.wait(0), Event::kTimedOut);
+  thread.go.signal();
+  EXPECT_EQ(thread.done.wait(60000), 0);
+  EXPECT_EQ(thread.result, 0);
+}
+
+TEST(Thread, detachWithoutStartDoesNothing) {
+  Counting thread;
+  thread.detach();
+  ASSERT_TRUE(thread.start());
+  thread.join();
+  EXPECT_EQ(thread.runs, 1);
 }
 
 }  // namespace

@@ -2,12 +2,14 @@
 // touch.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <condition_variable>
+#include <filesystem>
 #include <mutex>
 #include <string>
+#include <thread>
 
 #include "com/timelimit/GetTableThread.h"
 #include "linux/StorageGroup.h"
@@ -47,7 +49,7 @@ class StuckDevice {
     test::FakeDevice stuck = m_device.genericNode();
     stuck.read = [this, answer = stuck.read](void* data, size_t size) {
       std::unique_lock lock(m_mutex);
-      m_reader = pthread_self();
+      m_reader = gettid();
       m_isRead = true;
       m_changed.notify_all();
       m_changed.wait(lock, [this] { return m_isReleased; });
@@ -61,16 +63,16 @@ class StuckDevice {
     m_changed.wait(lock, [this] { return m_isRead; });
   }
 
-  // Lets the reading thread go on and waits for its end.
-  void releaseAndJoin() {
-    pthread_t reader;
-    {
-      const std::lock_guard lock(m_mutex);
-      m_isReleased = true;
-      reader = m_reader;
-      m_changed.notify_all();
-    }
-    pthread_join(reader, nullptr);
+  // Lets the reading thread go on and waits for its end, which nobody can join.
+  void releaseAndOutlive() {
+    std::unique_lock lock(m_mutex);
+    m_isReleased = true;
+    m_changed.notify_all();
+    const std::string reader = "/proc/self/task/" + std::to_string(m_reader);
+    lock.unlock();
+    while (std::filesystem::exists(reader))
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    lock.lock();  // what the thread did under the lock has happened before
   }
 
  private:
@@ -78,7 +80,7 @@ class StuckDevice {
   std::condition_variable m_changed;
   bool m_isRead = false;
   bool m_isReleased = false;
-  pthread_t m_reader{};
+  pid_t m_reader = 0;
   ScriptedSgDevice m_device;
 };
 
@@ -164,7 +166,7 @@ TEST_F(StorageTimeoutTest, collectionThatHangsYieldsNoTableAndSaysSo) {
   // The driver deletes the group while the worker is still at work.
   stuck.waitUntilRead();
   group.reset();
-  stuck.releaseAndJoin();
+  stuck.releaseAndOutlive();
   EXPECT_EQ(machine.openDescriptors(), 0);
 }
 
@@ -188,7 +190,8 @@ TEST_F(StorageTimeoutTest, nextCollectionAfterAHangStartsAfresh) {
   ASSERT_EQ(rows.size(), 1U);
   EXPECT_EQ(test::valueOf(rows[0], 1), "1");
   EXPECT_THAT(repaired.started, Contains("sg_map -x 2>/dev/null"));
-  stuck.releaseAndJoin();
+  stuck.releaseAndOutlive();
+  EXPECT_EQ(repaired.openDescriptors(), 0);
 }
 
 TEST_F(StorageTimeoutTest, workerThatCannotBeStartedYieldsNoTableAndSaysSo) {
@@ -216,7 +219,8 @@ TEST_F(StorageTimeoutTest, limitThatIsNoNumberGivesUpAtOnceUnlessDone) {
   EXPECT_EQ(::testing::internal::GetCapturedStderr(),
             "quenlor: Storage did not finish within 0 ms and is left out\n");
   stuck.waitUntilRead();
-  stuck.releaseAndJoin();
+  stuck.releaseAndOutlive();
+  EXPECT_EQ(machine.openDescriptors(), 0);
 }
 
 }  // namespace
