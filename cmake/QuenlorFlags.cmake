@@ -21,8 +21,8 @@ if(QUENLOR_SANITIZE)
 else()
   target_compile_options(quenlor_flags INTERFACE
     -fstack-protector-strong -fstack-clash-protection -fcf-protection
-    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
-    $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=3>)
+    $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:$<TARGET_PROPERTY:QUENLOR_UNFORTIFIED>>>>:-U_FORTIFY_SOURCE>
+    $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:$<TARGET_PROPERTY:QUENLOR_UNFORTIFIED>>>>:-D_FORTIFY_SOURCE=3>)
 endif()
 
 # Coverage feedback from every library that a fuzz target calls, and the speed that fuzzing lives on.
