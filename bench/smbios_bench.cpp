@@ -6,9 +6,9 @@
 #include <memory>
 #include <string>
 
-#include "SMBIOS/SMBIOSTable.h"
-#include "SMBIOS/groups/MemoryModulesGroup.h"
-#include "SMBIOS/groups/SMBIOSGroup.h"
+#include "groups/firmware/MemoryModulesGroup.h"
+#include "groups/firmware/SMBIOSGroup.h"
+#include "readers/firmware/smbios/SMBIOSTable.h"
 #include "tests/firmware/Firmware.h"
 
 namespace quenlor {

@@ -11,7 +11,7 @@ add_library(quenlor_flags INTERFACE)
 target_compile_options(quenlor_flags INTERFACE
   -Wall -Wextra -Wconversion -Werror -Wshadow -Wnon-virtual-dtor -Wformat=2 -Wno-format-nonliteral)
 target_compile_definitions(quenlor_flags INTERFACE _GNU_SOURCE)
-target_include_directories(quenlor_flags INTERFACE "${PROJECT_SOURCE_DIR}")
+target_include_directories(quenlor_flags INTERFACE "${PROJECT_SOURCE_DIR}/src" "${PROJECT_SOURCE_DIR}")
 target_link_libraries(quenlor_flags INTERFACE Threads::Threads)
 
 if(QUENLOR_SANITIZE)

@@ -22,7 +22,7 @@ def literal(text):
 def main():
     vendors, devices, output = sys.argv[1:]
     # The arrays have one and two rows more than are searched; those stay zero.
-    lines = ['#include "linux/pci/PciLookup.h"', "", "namespace quenlor {", ""]
+    lines = ['#include "readers/pci/PciLookup.h"', "", "namespace quenlor {", ""]
     lines.append("const PciVendor PciVenTable[kPciVendorStorage] = {")
     for vendor, short, long in rows(vendors):
         lines.append(f"    {{0x{vendor}, {literal(short)}, {literal(long)}}},")

@@ -10,4 +10,4 @@ scripts/install-packages.sh build
   cmake --build build/scan --target quenlor
 } >&2
 cd - >/dev/null 2>&1 || cd "$here"
-exec "$here/build/scan/scanengine/quenlor" "$@"
+exec "$here/build/scan/bin/quenlor" "$@"

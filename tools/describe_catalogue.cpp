@@ -17,8 +17,8 @@
 #include <utility>
 #include <vector>
 
-#include "com/catalogue/Catalogue.h"
-#include "scanengine/xmlUtil.h"
+#include "catalogue/Catalogue.h"
+#include "writers/xmlUtil.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // A machine with given firmware whose structure table is the shared one.
 #pragma once
 
-#include "SMBIOS/SMBIOSTable.h"
+#include "readers/firmware/smbios/SMBIOSTable.h"
 #include "tests/firmware/Firmware.h"
 #include "tests/support/FakeHost.h"
 

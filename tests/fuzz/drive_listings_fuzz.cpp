@@ -3,11 +3,11 @@
 #include <cstdint>
 #include <string>
 
-#include "linux/storage/FdiskOutput.h"
-#include "linux/storage/RaidStatus.h"
-#include "linux/storage/StorageText.h"
-#include "linux/storage/TapeBackup.h"
-#include "linux/storage/ideinfo.h"
+#include "readers/storage/FdiskOutput.h"
+#include "readers/storage/RaidStatus.h"
+#include "readers/storage/StorageText.h"
+#include "readers/storage/TapeBackup.h"
+#include "readers/storage/ideinfo.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "host/Handles.h"
-#include "linux/network/IfInfoList.h"
+#include "readers/network/IfInfoList.h"
 #include "tests/support/FakeHost.h"
 
 namespace {

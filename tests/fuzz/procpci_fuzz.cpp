@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "linux/PCIDeviceGroup.h"
+#include "groups/devices/PCIDeviceGroup.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/Rows.h"
 

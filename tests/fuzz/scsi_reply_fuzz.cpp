@@ -9,7 +9,7 @@
 #include <cstring>
 #include <memory>
 
-#include "linux/StorageGroup.h"
+#include "groups/storage/StorageGroup.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/Rows.h"
 

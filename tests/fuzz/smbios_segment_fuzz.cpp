@@ -9,10 +9,10 @@
 #include <memory>
 #include <string>
 
-#include "SMBIOS/SMBIOSTable.h"
-#include "SMBIOS/groups/ComponentIDGroup.h"
-#include "SMBIOS/groups/MemoryModulesGroup.h"
-#include "SMBIOS/groups/SMBIOSGroup.h"
+#include "groups/firmware/ComponentIDGroup.h"
+#include "groups/firmware/MemoryModulesGroup.h"
+#include "groups/firmware/SMBIOSGroup.h"
+#include "readers/firmware/smbios/SMBIOSTable.h"
 #include "tests/support/FakeHost.h"
 
 namespace {

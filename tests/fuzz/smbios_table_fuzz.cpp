@@ -8,13 +8,13 @@
 #include <memory>
 #include <vector>
 
-#include "SMBIOS/DumpFile.h"
-#include "SMBIOS/SMBIOSTable.h"
-#include "SMBIOS/SMMemory.h"
-#include "SMBIOS/groups/ComponentIDGroup.h"
-#include "SMBIOS/groups/MemoryModulesGroup.h"
-#include "SMBIOS/groups/SMBIOSGroup.h"
+#include "groups/firmware/ComponentIDGroup.h"
+#include "groups/firmware/MemoryModulesGroup.h"
+#include "groups/firmware/SMBIOSGroup.h"
 #include "host/Handles.h"
+#include "readers/firmware/smbios/DumpFile.h"
+#include "readers/firmware/smbios/SMBIOSTable.h"
+#include "readers/firmware/smbios/SMMemory.h"
 #include "tests/support/FakeHost.h"
 
 namespace {

@@ -17,13 +17,13 @@ def groups_of(program):
 
 def classes_of(source):
     """{identifier in namespace group: class} of the factory's table."""
-    text = (source / "linux/createGroup.cpp").read_text()
+    text = (source / "src/groups/createGroup.cpp").read_text()
     return dict(re.findall(r"\{group::(k\w+), create<(\w+)>\}", text))
 
 
 def identifiers_of(source):
     """{group id: identifier in namespace group}"""
-    text = (source / "com/catalogue/Catalogue.h").read_text()
+    text = (source / "src/catalogue/Catalogue.h").read_text()
     return {number: name for name, number in
             re.findall(r"inline constexpr uint32_t (k\w+) = (\d+);", text)}
 
@@ -39,7 +39,7 @@ def main():
     for number, name, element in groups_of(program):
         group_class = classes.get(identifiers.get(number))
         if group_class is None:
-            missing.append(f"{name}: no line in linux/createGroup.cpp")
+            missing.append(f"{name}: no line in src/groups/createGroup.cpp")
         elif not re.search(rf"\b{group_class}\b", tests):
             missing.append(f"{name}: no unit test uses {group_class}")
         if f"<{element} version=" not in goldens and f'row("{element}")' not in guest:

@@ -8,7 +8,7 @@ import pathlib
 import re
 import sys
 
-FOLDERS = ("SMBIOS", "com", "linux", "scanengine")
+FOLDERS = ("src",)
 KINDS = {"traceMIN": "MIN", "traceMAX": "MAX", "traceMidEntry": "MID entry",
          "traceMidExit": "MID exit"}
 CALL = re.compile(r"\b(trace(?:MIN|MAX|MidEntry|MidExit))\(")

@@ -83,7 +83,7 @@ def main():
 
     wrong = 0
     for what, start, files, expected in CASES:
-        status, text = message_of(start, files, f"{build}/scanengine/quenlor", copy_program)
+        status, text = message_of(start, files, f"{build}/bin/quenlor", copy_program)
         found = status == MALFORMED and text.startswith(f"quenlor: {expected}:1: ")
         none = status == 0 and text.startswith("Usage:")
         if not (none if expected is None else found):

@@ -37,7 +37,7 @@ for page in "$source"/docs/man/*; do
 done
 
 for option in c o m l h w; do
-  grep -q "case '$option':" "$source/scanengine/CommandLine.cpp" || fail "-$option is no option"
+  grep -q "case '$option':" "$source/src/scan/CommandLine.cpp" || fail "-$option is no option"
   grep -Eq "(It|Op) Fl $option|^\.Fl $option" "$source/docs/man/quenlor.8" || fail "-$option is not in the manual"
 done
 for option in c o m l h; do

@@ -2,7 +2,7 @@
 # The shipped program and output that cannot be written: a defined status and a message, never a crash.
 # Usage: outputs_test.sh <build directory>
 set -eu
-program=$1/scanengine/quenlor
+program=$1/bin/quenlor
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 printf '<Hardware><Group Name="Regional"/></Hardware>' > "$work/scan.xml"

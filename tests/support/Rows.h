@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "com/model/Render.h"
-#include "com/model/VelTable.h"
+#include "tables/Render.h"
+#include "tables/VelTable.h"
 
 namespace quenlor::test {
 

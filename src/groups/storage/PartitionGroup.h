@@ -1,0 +1,32 @@
+// The "Partition" group: mounted file systems from "/etc/mtab", measured with statvfs, and swap
+// areas from "/proc/swaps".
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "tables/VelTable.h"
+
+namespace quenlor {
+
+struct SwapArea;
+
+class PartitionGroup : public VelGroup {
+ public:
+  PartitionGroup() : VelGroup(group::kPartition, 1) {}
+
+  // A new table, owned by the caller; null when the mount table cannot be opened.
+  VelTable* getTable() override;
+
+ private:
+  void addMounts(FILE* mountTable);
+  void doEntry(const char* device, const char* mountDir, const char* fstype);
+  void addSwapPartitions();
+  void addSwapRow(const SwapArea& area);
+
+  // During getTable() only.
+  VelTable* m_table = nullptr;
+  uint32_t m_rows = 0;  // "Index" counts file systems and swap areas on
+};
+
+}  // namespace quenlor

@@ -1,0 +1,16 @@
+#include <atomic>
+
+#include "limits/GetTableThread.h"
+
+namespace quenlor {
+namespace {
+
+std::atomic<bool> g_anyAbandoned{false};
+
+}  // namespace
+
+void reportAbandonedWorker() { g_anyAbandoned = true; }
+
+bool hasAbandonedWorkers() { return g_anyAbandoned; }
+
+}  // namespace quenlor

@@ -1,0 +1,111 @@
+#include "readers/storage/RaidStatus.h"
+
+#include <algorithm>
+
+#include "host/Handles.h"
+#include "log/CcLogWrapper.h"
+#include "readers/storage/StorageText.h"
+
+namespace quenlor {
+namespace {
+
+constexpr const char* kSourcePath = "../../../src/invscan/linux/RaidStatus.cpp";
+constexpr const char* kDac960StatusFile = "/proc/rd/c0/current_status";
+constexpr const char* kCompaqFile = "/proc/driver/cciss/cciss0";
+constexpr const char* kMountCommand = "/bin/mount";
+constexpr const char* kCcissDriver = "cciss";
+constexpr size_t kLineSize = 256;
+
+using Lines = std::vector<std::string>;
+
+bool contains(const std::string& line, const char* text) {
+  return line.find(text) != std::string::npos;
+}
+
+Lines readFile(const char* path) {
+  const FileStream file = openFile(path);
+  return readLines(file.get(), kLineSize);
+}
+
+// "Configuring Mylex AcceleRAID 352 PCI RAID Controller"
+void parseController(const std::string& line, RAIDInfo& info) {
+  const auto tokens = splitTokens(line, " \n");
+  info.controller = tokenAt(tokens, 1);
+  if (tokens.size() < 3) return;
+  const auto offset = static_cast<size_t>(tokens[2].data() - line.data());
+  info.model = trimmed(line.substr(offset));
+}
+
+// "/dev/rd/c0d0: RAID-5, Online, 71122560 blocks"
+RAIDLogicalDrive parseLogicalDrive(const std::string& line) {
+  const auto tokens = splitTokens(line, " ,\n");
+  std::string_view name = tokenAt(tokens, 0);
+  if (name.ends_with(':')) name.remove_suffix(1);
+  return {std::string(name), leadingNumber(tokenAt(tokens, 3))};
+}
+
+}  // namespace
+
+RAIDInfo parseDac960Status(const Lines& lines) {
+  RAIDInfo info;
+  for (const std::string& line : lines) {
+    if (contains(line, "RAID Controller")) parseController(line, info);
+    if (contains(line, "/dev/rd")) info.drives.push_back(parseLogicalDrive(line));
+  }
+  return info;
+}
+
+// "cciss/c0d0: blksz=512 nr_blocks=71122560": the block size's '=' comes first.
+std::vector<unsigned long> parseCompaqVolumes(const Lines& lines) {
+  std::vector<unsigned long> sizes;
+  for (const std::string& line : lines) {
+    if (!contains(line, "nr_blocks")) continue;
+    const size_t equals = line.rfind('=');
+    const std::string blocks = equals == std::string::npos ? "" : line.substr(equals + 1);
+    sizes.push_back(leadingNumber(blocks) >> 10);
+  }
+  return sizes;
+}
+
+std::vector<std::string> parseCcissMounts(const Lines& lines) {
+  const TraceFunction at{kSourcePath, "parseCcissMounts()"};
+  std::vector<std::string> disks;
+  for (const std::string& line : lines) {
+    if (!contains(line, kCcissDriver)) continue;
+    const std::string disk = line.substr(0, line.find_first_of("p\n"));
+    if (std::find(disks.begin(), disks.end(), disk) == disks.end()) {
+      disks.push_back(disk);
+    } else {
+      getCcLogHw()->traceMAX(at(), "hardware %s %s", disk.c_str(), "is already added");
+    }
+  }
+  return disks;
+}
+
+int getLogicalDAC960DriveNum() {
+  return static_cast<int>(parseDac960Status(readFile(kDac960StatusFile)).drives.size());
+}
+
+int getFromCurrentStatus(RAIDInfo* info) {
+  const FileStream file = openFile(kDac960StatusFile);
+  if (!file) return 0;
+  *info = parseDac960Status(readLines(file.get(), kLineSize));
+  return 1;
+}
+
+int getCompaqSmartDiskNum() {
+  return static_cast<int>(parseCompaqVolumes(readFile(kCompaqFile)).size());
+}
+
+unsigned long getCompaqSmartDiskSize(int disk) {
+  const std::vector<unsigned long> sizes = parseCompaqVolumes(readFile(kCompaqFile));
+  const auto index = static_cast<size_t>(disk);
+  return disk >= 0 && index < sizes.size() ? sizes[index] : 0;
+}
+
+std::vector<std::string> getMountedCcissDisks() {
+  const CommandStream mounts(kMountCommand);
+  return parseCcissMounts(readLines(mounts.get(), kLineSize, kCcissDriver));
+}
+
+}  // namespace quenlor

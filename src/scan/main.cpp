@@ -1,0 +1,41 @@
+// Wires the program together: the machine's real collectors, one run, a safe end.
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "factory/GroupFactory.h"
+#include "groups/createGroup.h"
+#include "host/Host.h"
+#include "host/ProcessStart.h"
+#include "limits/GetTableThread.h"
+#include "scan/quenlor.h"
+
+namespace {
+
+// A document on a full or closed standard output is lost without a status of its own; say so at
+// least.
+void reportLostOutput() {
+  const bool failed = std::fflush(stdout) != 0;
+  if (failed || std::ferror(stdout) != 0) {
+    std::fprintf(stderr, "quenlor: standard output cannot be written: %s\n", std::strerror(errno));
+  }
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  quenlor::prepareProcess();
+  quenlor::GroupFactory::getInstance().setCreator(quenlor::createGroup);
+  const int status = quenlor::quenlor(argc, argv);
+  reportLostOutput();
+  if (quenlor::hasAbandonedWorkers()) {
+    // A worker still blocked in the kernel uses objects that exit handlers would destroy, and holds
+    // the lock of the stream that it reads: nothing here may walk over all open streams.
+    quenlor::killCommands();
+    _exit(status);
+  }
+  return status;
+}
