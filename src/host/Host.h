@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,15 @@ struct PortRegisters {
   uint32_t edx = 0;
 };
 
+// What kind of thing a directory entry is, as far as the directory itself tells.
+enum class EntryType : uint8_t { kUnknown, kRegular, kDirectory, kLink, kOther };
+
+// One entry of a directory.
+struct DirectoryEntry {
+  std::string name;
+  EntryType type = EntryType::kUnknown;
+};
+
 // Where a comment says "as NAME", result, errno and argument meaning are those of the call NAME.
 // Calls that open something set close-on-exec. Every operation may be called from several threads.
 class Host {
@@ -68,6 +78,12 @@ class Host {
   virtual FILE* fopen(const char* path, const char* mode) = 0;  // as fopen; caller fcloses
   // Entry names in directory order, "." and ".." included; false and errno when it cannot be read.
   virtual bool listDirectory(const char* path, std::vector<std::string>& names) = 0;
+  // The same with types, without "." and "..".
+  virtual bool listEntries(const char* path, std::vector<DirectoryEntry>& entries) = 0;
+  // Text of a symbolic link, as readlink without its length limit; false and errno.
+  virtual bool readLink(const char* path, std::string& target) = 0;
+  // As statx relative to the current directory; never triggers an automount (AT_NO_AUTOMOUNT).
+  virtual int statx(const char* path, int flags, unsigned mask, struct statx* out) = 0;
   virtual int statvfs(const char* path, struct statvfs* out) = 0;  // as statvfs
   virtual int fstatvfs(int fd, struct statvfs* out) = 0;           // as fstatvfs
 
@@ -81,6 +97,10 @@ class Host {
 
   // --- network ---
   virtual int socket(int domain, int type, int protocol) = 0;  // as socket
+  // Sends one netlink message (linux/netlink.h) on a socket of its own and collects the datagrams
+  // of the answer, one after the other, up to and with the end of a dump, an acknowledgement or the
+  // single answer. 0 or an errno; what came before an error stays in the reply.
+  virtual int netlinkRequest(int protocol, const std::string& request, std::string& reply) = 0;
   // Official name of an IPv4 address as gethostbyaddr gives it; false when there is none.
   virtual bool hostNameOfAddress(const in_addr& address, std::string& name) = 0;
 
@@ -96,15 +116,22 @@ class Host {
   virtual TimeZone timeZone() = 0;  // to be asked once before the first time is converted
   virtual const char* setlocale(int category, const char* locale) = 0;  // as setlocale
   virtual const char* getenv(const char* name) = 0;                     // as getenv
+  virtual uid_t geteuid() = 0;                                          // as geteuid
 
   // --- clock ---
-  virtual time_t time() = 0;                                  // as time(NULL)
-  virtual int gettimeofday(struct timeval* out) = 0;          // as gettimeofday
-  virtual void sleepMicroseconds(uint32_t microseconds) = 0;  // as usleep
+  virtual time_t time() = 0;                                            // as time(NULL)
+  virtual int gettimeofday(struct timeval* out) = 0;                    // as gettimeofday
+  virtual int clockGettime(clockid_t clock, struct timespec* out) = 0;  // as clock_gettime
+  virtual void sleepMicroseconds(uint32_t microseconds) = 0;            // as usleep
 
   // --- processor ---
   // CPUID on the current CPU; false when the leaf lies above the processor's largest one.
   virtual bool cpuid(uint32_t leaf, uint32_t subleaf, CpuidRegisters* out) = 0;
+  // Calls `work` once with the calling thread on the given CPU, and puts its affinity mask back;
+  // false, without a call, where the mask does not allow the CPU. CPUID inside tells of that CPU.
+  virtual bool runOnCpu(uint32_t cpu, const std::function<void()>& work) = 0;
+  // Numbers of the CPUs that the calling thread may run on, ascending; empty when not told.
+  virtual std::vector<uint32_t> allowedCpus() = 0;
   // 32-bit `in` from port DX; raises SIGSEGV where user mode has no I/O permission.
   virtual void portInput(PortRegisters* registers) = 0;
 

@@ -24,11 +24,15 @@ class SystemHost : public Host {
   int munmap(void* address, size_t length) override;
   FILE* fopen(const char* path, const char* mode) override;
   bool listDirectory(const char* path, std::vector<std::string>& names) override;
+  bool listEntries(const char* path, std::vector<DirectoryEntry>& entries) override;
+  bool readLink(const char* path, std::string& target) override;
+  int statx(const char* path, int flags, unsigned mask, struct statx* out) override;
   int statvfs(const char* path, struct statvfs* out) override;
   int fstatvfs(int fd, struct statvfs* out) override;
   FILE* popen(const char* commandLine) override { return m_commands.start(commandLine); }
   int pclose(FILE* stream) override { return m_commands.finish(stream); }
   int socket(int domain, int type, int protocol) override;
+  int netlinkRequest(int protocol, const std::string& request, std::string& reply) override;
   bool hostNameOfAddress(const in_addr& address, std::string& name) override;
   int uname(struct utsname* out) override;
   int sysinfo(struct sysinfo* out) override;
@@ -40,10 +44,14 @@ class SystemHost : public Host {
   TimeZone timeZone() override;
   const char* setlocale(int category, const char* locale) override;
   const char* getenv(const char* name) override;
+  uid_t geteuid() override;
   time_t time() override;
   int gettimeofday(struct timeval* out) override;
+  int clockGettime(clockid_t clock, struct timespec* out) override;
   void sleepMicroseconds(uint32_t microseconds) override;
   bool cpuid(uint32_t leaf, uint32_t subleaf, CpuidRegisters* out) override;
+  bool runOnCpu(uint32_t cpu, const std::function<void()>& work) override;
+  std::vector<uint32_t> allowedCpus() override;
   void portInput(PortRegisters* registers) override;
   void* dlopen(const char* path, int flags) override;
   void* dlsym(void* library, const char* symbol) override;

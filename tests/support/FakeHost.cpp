@@ -344,6 +344,42 @@ bool FakeHost::listDirectory(const char* path, std::vector<std::string>& names) 
   return true;
 }
 
+bool FakeHost::listEntries(const char* path, std::vector<DirectoryEntry>& entries) {
+  std::vector<std::string> names;
+  entries.clear();
+  if (!listDirectory(path, names)) return false;
+  const std::lock_guard lock(m_mutex);
+  for (const std::string& name : names) {
+    if (name == "." || name == "..") continue;
+    const std::string entry = std::string(path) + "/" + name;
+    const EntryType type = links.count(entry) != 0         ? EntryType::kLink
+                           : directories.count(entry) != 0 ? EntryType::kDirectory
+                           : files.count(entry) != 0       ? EntryType::kRegular
+                                                           : EntryType::kUnknown;
+    entries.push_back({name, type});
+  }
+  return true;
+}
+
+bool FakeHost::readLink(const char* path, std::string& target) {
+  const std::lock_guard lock(m_mutex);
+  const auto found = links.find(path);
+  if (found == links.end()) {
+    errno = exists(path) ? EINVAL : ENOENT;
+    return false;
+  }
+  target = found->second;
+  return true;
+}
+
+int FakeHost::statx(const char* path, int, unsigned, struct statx* out) {
+  const std::lock_guard lock(m_mutex);
+  const auto found = fileFacts.find(path);
+  if (found == fileFacts.end()) return fail(ENOENT);
+  *out = found->second;
+  return 0;
+}
+
 int FakeHost::statvfs(const char* path, struct statvfs* out) {
   std::unique_lock lock(m_mutex);
   measured.emplace_back(path);
@@ -402,6 +438,11 @@ int FakeHost::socket(int, int, int) {
   if (socketsFail) return fail(EMFILE);
   m_open[m_nextDescriptor] = {"", 0, true, false};
   return m_nextDescriptor++;
+}
+
+int FakeHost::netlinkRequest(int protocol, const std::string& request, std::string& reply) {
+  reply.clear();
+  return netlink ? netlink(protocol, request, reply) : EPROTONOSUPPORT;
 }
 
 bool FakeHost::hostNameOfAddress(const in_addr& address, std::string& name) {
@@ -467,12 +508,33 @@ int FakeHost::gettimeofday(struct timeval* out) {
   return 0;
 }
 
+int FakeHost::clockGettime(clockid_t clock, struct timespec* out) {
+  const auto found = clocks.find(clock);
+  *out = found == clocks.end() ? timespec{now, 0} : found->second;
+  return 0;
+}
+
 void FakeHost::sleepMicroseconds(uint32_t microseconds) { sleptMicroseconds += microseconds; }
 
 bool FakeHost::cpuid(uint32_t leaf, uint32_t subleaf, CpuidRegisters* out) {
-  const auto found = cpuidLeaves.find({leaf, subleaf});
-  *out = found == cpuidLeaves.end() ? CpuidRegisters{} : found->second;
-  return found != cpuidLeaves.end();
+  const auto& leaves = m_currentCpu ? cpuidOfCpus[*m_currentCpu] : cpuidLeaves;
+  const auto found = leaves.find({leaf, subleaf});
+  *out = found == leaves.end() ? CpuidRegisters{} : found->second;
+  return found != leaves.end();
+}
+
+bool FakeHost::runOnCpu(uint32_t cpu, const std::function<void()>& work) {
+  if (cpuidOfCpus.count(cpu) == 0) return false;
+  m_currentCpu = cpu;
+  work();
+  m_currentCpu.reset();
+  return true;
+}
+
+std::vector<uint32_t> FakeHost::allowedCpus() {
+  std::vector<uint32_t> cpus;
+  for (const auto& [cpu, leaves] : cpuidOfCpus) cpus.push_back(cpu);
+  return cpus;
 }
 
 void FakeHost::portInput(PortRegisters* registers) {

@@ -54,7 +54,14 @@ class FakeHost : public Host {
   std::map<std::string, mode_t> permissions;          // default 0644, directories 0755
   FakeDevice socketDevice;                            // ioctls on any socket
   bool socketsFail = false;
-  std::map<std::string, std::string> hostNames;                // dotted quad to name
+  std::map<std::string, std::string> hostNames;  // dotted quad to name
+  std::map<std::string, std::string> links;  // path to link text; only readLink and listEntries see
+  std::map<std::string, struct statx> fileFacts;  // path to statx result; unset: ENOENT
+  std::function<int(int protocol, const std::string& request, std::string& reply)> netlink;
+  std::map<clockid_t, struct timespec> clocks;  // unset: `now`
+  uid_t user = 0;
+  // Leaves of each CPU instead of cpuidLeaves, while runOnCpu runs there; also the allowed CPUs.
+  std::map<uint32_t, std::map<std::pair<uint32_t, uint32_t>, CpuidRegisters>> cpuidOfCpus;
   std::map<std::string, struct statvfs> fileSystems;           // mount point to statvfs result
   std::function<int(const char*, struct statvfs*)> onStatvfs;  // instead of fileSystems, if set
   std::optional<struct utsname> unameResult;
@@ -100,11 +107,15 @@ class FakeHost : public Host {
   int munmap(void* address, size_t length) override;
   FILE* fopen(const char* path, const char* mode) override;
   bool listDirectory(const char* path, std::vector<std::string>& names) override;
+  bool listEntries(const char* path, std::vector<DirectoryEntry>& entries) override;
+  bool readLink(const char* path, std::string& target) override;
+  int statx(const char* path, int flags, unsigned mask, struct statx* out) override;
   int statvfs(const char* path, struct statvfs* out) override;
   int fstatvfs(int fd, struct statvfs* out) override;
   FILE* popen(const char* commandLine) override;
   int pclose(FILE* stream) override;
   int socket(int domain, int type, int protocol) override;
+  int netlinkRequest(int protocol, const std::string& request, std::string& reply) override;
   bool hostNameOfAddress(const in_addr& address, std::string& name) override;
   int uname(struct utsname* out) override;
   int sysinfo(struct sysinfo* out) override;
@@ -116,10 +127,14 @@ class FakeHost : public Host {
   TimeZone timeZone() override { return zone; }
   const char* setlocale(int category, const char* locale) override;
   const char* getenv(const char* name) override;
+  uid_t geteuid() override { return user; }
   time_t time() override { return now; }
   int gettimeofday(struct timeval* out) override;
+  int clockGettime(clockid_t clock, struct timespec* out) override;
   void sleepMicroseconds(uint32_t microseconds) override;
   bool cpuid(uint32_t leaf, uint32_t subleaf, CpuidRegisters* out) override;
+  bool runOnCpu(uint32_t cpu, const std::function<void()>& work) override;
+  std::vector<uint32_t> allowedCpus() override;
   void portInput(PortRegisters* registers) override;
   void* dlopen(const char* path, int flags) override;
   void* dlsym(void* library, const char* symbol) override;
@@ -146,6 +161,7 @@ class FakeHost : public Host {
   std::map<int, OpenFile> m_open;
   std::map<FILE*, CommandResult> m_commandStreams;
   std::map<void*, size_t> m_mappings;
+  std::optional<uint32_t> m_currentCpu;  // inside runOnCpu
   int m_nextDescriptor = 1000;
   std::shared_ptr<std::atomic<int>> m_streams = std::make_shared<std::atomic<int>>(0);
   std::atomic<int> m_libraries{0};
