@@ -6,13 +6,6 @@
 namespace quenlor {
 namespace {
 
-const velGroupDef* findGroup(const char* name) {
-  for (const velGroupDef* group = GROUPS_DEF; group->name != nullptr; ++group) {
-    if (std::strcmp(group->name, name) == 0) return group;
-  }
-  return nullptr;
-}
-
 const char* textOf(const velEnumDef* table, uint32_t value) {
   if (table == nullptr) return nullptr;
   for (; table->value != kCatalogueEnd; ++table) {
@@ -23,25 +16,34 @@ const char* textOf(const velEnumDef* table, uint32_t value) {
 
 }  // namespace
 
+const velGroupDef* findGroup(const velGroupDef* catalogue, uint32_t id) {
+  for (const velGroupDef* group = catalogue; group->id != kCatalogueEnd; ++group) {
+    if (group->id == id) return group;
+  }
+  return nullptr;
+}
+
+const velGroupDef* findGroup(const velGroupDef* catalogue, const char* name) {
+  for (const velGroupDef* group = catalogue; group->name != nullptr; ++group) {
+    if (std::strcmp(group->name, name) == 0) return group;
+  }
+  return nullptr;
+}
+
 String getGroupNameFromId(uint32_t id) {
   const velGroupDef* group = getGroupDefinitionFromId(id);
   return group == nullptr ? "Unknown" : group->name;
 }
 
 uint32_t getGroupIdFromName(const String& name) {
-  const velGroupDef* group = findGroup(name.c_str());
+  const velGroupDef* group = findGroup(GROUPS_DEF, name.c_str());
   return group == nullptr ? 0 : group->id;
 }
 
-const velGroupDef* getGroupDefinitionFromId(uint32_t id) {
-  for (const velGroupDef* group = GROUPS_DEF; group->id != kCatalogueEnd; ++group) {
-    if (group->id == id) return group;
-  }
-  return nullptr;
-}
+const velGroupDef* getGroupDefinitionFromId(uint32_t id) { return findGroup(GROUPS_DEF, id); }
 
 uint32_t getDebugMaskFromName(const char* name) {
-  const velGroupDef* group = name == nullptr ? nullptr : findGroup(name);
+  const velGroupDef* group = name == nullptr ? nullptr : findGroup(GROUPS_DEF, name);
   return group == nullptr ? 0 : group->debugMask;
 }
 

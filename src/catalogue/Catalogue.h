@@ -55,6 +55,10 @@ struct velGroupDef {
 // All groups, in the order of a full scan.
 extern const velGroupDef GROUPS_DEF[];
 
+// The same groups with the attributes that modern sources add (ids from 101), then the groups that
+// only modern documents have (ids from 1001), in the order of a full scan.
+extern const velGroupDef MODERN_GROUPS_DEF[];
+
 // Group ids.
 namespace group {
 inline constexpr uint32_t kComponentId = 1;
@@ -76,6 +80,15 @@ inline constexpr uint32_t kPhysicalProcessor = 44;
 inline constexpr uint32_t kHostComponentId = 45;
 inline constexpr uint32_t kCpuMeter = 46;
 inline constexpr uint32_t kUnixCpuMeter = 47;
+inline constexpr uint32_t kMachine = 1001;
+inline constexpr uint32_t kVolume = 1002;
+inline constexpr uint32_t kUsbDevice = 1003;
+inline constexpr uint32_t kDisplay = 1004;
+inline constexpr uint32_t kBattery = 1005;
+inline constexpr uint32_t kCache = 1006;
+inline constexpr uint32_t kSlot = 1007;
+inline constexpr uint32_t kPowerSupply = 1008;
+inline constexpr uint32_t kScanResult = 1099;
 }  // namespace group
 
 // Linear scans in table order; the first match wins. All returned pointers point into the
@@ -83,7 +96,10 @@ inline constexpr uint32_t kUnixCpuMeter = 47;
 String getGroupNameFromId(uint32_t id);                    // "Unknown" when there is none
 uint32_t getGroupIdFromName(const String& name);           // exact name; 0 when there is none
 const velGroupDef* getGroupDefinitionFromId(uint32_t id);  // null when there is none
-uint32_t getDebugMaskFromName(const char* name);           // 0 when there is none or name is null
+// The same in a given catalogue.
+const velGroupDef* findGroup(const velGroupDef* catalogue, uint32_t id);
+const velGroupDef* findGroup(const velGroupDef* catalogue, const char* name);
+uint32_t getDebugMaskFromName(const char* name);  // 0 when there is none or name is null
 const char* getAttribNameFromId(const velGroupDef* group, uint32_t attribId);  // null: none
 const velAttribDef* getAttribDefinitionFromId(const velGroupDef* group,
                                               uint32_t attribId);  // null: none

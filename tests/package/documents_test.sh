@@ -20,7 +20,7 @@ done
 
 schema=$(mktemp)
 trap 'rm -f "$schema"' EXIT
-"$describe" schema > "$schema"
+"$describe" schema "$fields" > "$schema"
 # Of the placeholders for what differs from scan to scan the schema cannot know.
 for document in "$source"/tests/machines/*/golden.xml; do
   findings=$(xmllint --noout --schema "$schema" "$document" 2>&1 |

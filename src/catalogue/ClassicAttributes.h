@@ -1,42 +1,15 @@
 // The attributes of every group. Names, misspelt ones included, are the schema that the receivers
 // of inventories know, and the order of the rows is the order of a listing, not of the ids.
-#include "catalogue/Tables.h"
+#pragma once
+
+#include "catalogue/AttributeRows.h"
+#include "catalogue/Enumerations.h"
 
 namespace quenlor {
-namespace {
-
-constexpr velAttribDef number(uint32_t id, const char* name,
-                              const velEnumDef* enumTable = nullptr) {
-  return {id, name, VEL_ULONG, 0, enumTable};
-}
-
-constexpr velAttribDef text(uint32_t id, const char* name, uint32_t length,
-                            const velEnumDef* enumTable = nullptr) {
-  return {id, name, VEL_STRING, length, enumTable};
-}
-
-// A text "Y" or "N".
-constexpr velAttribDef yesNo(uint32_t id, const char* name) { return text(id, name, 1); }
-
-constexpr velAttribDef dateTime(uint32_t id, const char* name) {
-  return {id, name, VEL_DATETIME, 0, nullptr};
-}
-
-constexpr velAttribDef real(uint32_t id, const char* name) {
-  return {id, name, VEL_FLOAT, 0, nullptr};
-}
-
-constexpr velAttribDef longNumber(uint32_t id, const char* name) {
-  return {id, name, VEL_LONGLONG, 0, nullptr};
-}
-
-constexpr velAttribDef kEndOfAttributes = {kCatalogueEnd, nullptr, 0, 0, nullptr};
-
-}  // namespace
 
 // One row per line:
 // clang-format off
-constexpr velAttribDef COMPONENTID_ATTRS_DEF[] = {
+inline constexpr velAttribDef COMPONENTID_ATTRS_DEF[] = {
     text(1, "Manufacturer", 64),
     text(2, "Product", 128),
     text(3, "Version", 64),
@@ -48,7 +21,7 @@ constexpr velAttribDef COMPONENTID_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef PROCESSOR_ATTRS_DEF[] = {
+inline constexpr velAttribDef PROCESSOR_ATTRS_DEF[] = {
     number(1, "Index"),
     text(2, "ID", 32),
     text(3, "Family", 32),
@@ -98,7 +71,7 @@ constexpr velAttribDef PROCESSOR_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef MEMORY_ATTRS_DEF[] = {
+inline constexpr velAttribDef MEMORY_ATTRS_DEF[] = {
     number(1, "Total Physical"),
     number(2, "Free Physical"),
     number(3, "Total Virtual"),
@@ -111,7 +84,7 @@ constexpr velAttribDef MEMORY_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef MEMORY_MODULES_ATTRS_DEF[] = {
+inline constexpr velAttribDef MEMORY_MODULES_ATTRS_DEF[] = {
     number(1, "Index"),
     number(2, "Module Size MB"),
     number(3, "Max Module Size MB"),
@@ -121,7 +94,7 @@ constexpr velAttribDef MEMORY_MODULES_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef OPER_SYS_ATTRS_DEF[] = {
+inline constexpr velAttribDef OPER_SYS_ATTRS_DEF[] = {
     text(1, "Name", 128),
     number(2, "Type", OS_TYPE_ENUM_DEF),
     number(3, "Major Version"),
@@ -142,7 +115,7 @@ constexpr velAttribDef OPER_SYS_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef STORAGE_ATTRS_DEF[] = {
+inline constexpr velAttribDef STORAGE_ATTRS_DEF[] = {
     number(1, "Index"),
     text(2, "ID", 32),
     number(3, "Type", STORAGE_TYPE_ENUM_DEF),
@@ -157,7 +130,7 @@ constexpr velAttribDef STORAGE_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef IP_ADDR_ATTRS_DEF[] = {
+inline constexpr velAttribDef IP_ADDR_ATTRS_DEF[] = {
     number(1, "Index"),
     text(2, "Address", 40),
     yesNo(9, "DHCP Enabled"),
@@ -172,7 +145,7 @@ constexpr velAttribDef IP_ADDR_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef NET_ADPTR_ATTRS_DEF[] = {
+inline constexpr velAttribDef NET_ADPTR_ATTRS_DEF[] = {
     number(1, "Index"),
     text(2, "ID", 32),
     text(3, "Permanent Address", 64),
@@ -185,7 +158,7 @@ constexpr velAttribDef NET_ADPTR_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef REGIONAL_ATTRS_DEF[] = {
+inline constexpr velAttribDef REGIONAL_ATTRS_DEF[] = {
     text(1, "Local", 32),
     number(2, "Time Zone Seconds"),
     number(3, "Time Zone Plus Minus", REGIONAL_TZ_PLUS_MINUS),
@@ -195,7 +168,7 @@ constexpr velAttribDef REGIONAL_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef UNIX_PAR_ATTRS_DEF[] = {
+inline constexpr velAttribDef UNIX_PAR_ATTRS_DEF[] = {
     dateTime(1, "Boot Time"),
     number(2, "Run Level"),
     text(3, "Hostname", 255),
@@ -203,7 +176,7 @@ constexpr velAttribDef UNIX_PAR_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef SCAN_INFO_ATTRS_DEF[] = {
+inline constexpr velAttribDef SCAN_INFO_ATTRS_DEF[] = {
     text(1, "Manufacturer", 64),
     number(2, "Major Version"),
     number(3, "Minor Version"),
@@ -214,7 +187,7 @@ constexpr velAttribDef SCAN_INFO_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef PART_ATTRS_DEF[] = {
+inline constexpr velAttribDef PART_ATTRS_DEF[] = {
     number(1, "Index"),
     number(2, "Type", PART_TYPE_ENUM_DEF),
     number(3, "Media Type", PART_MEDIA_TYPE_ENUM_DEF),
@@ -228,7 +201,7 @@ constexpr velAttribDef PART_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef SMBIOS_ATTRS_DEF[] = {
+inline constexpr velAttribDef SMBIOS_ATTRS_DEF[] = {
     text(1, "BIOS Vendor", 64),
     text(2, "BIOS Version", 64),
     text(3, "BIOS Date", 16),
@@ -255,14 +228,14 @@ constexpr velAttribDef SMBIOS_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef PCI_DEVICE_ATTRS_DEF[] = {
+inline constexpr velAttribDef PCI_DEVICE_ATTRS_DEF[] = {
     number(1, "Index"),
     text(2, "Name", 180),
     text(3, "Revision", 4),
     kEndOfAttributes,
 };
 
-constexpr velAttribDef LPAR_ATTRS_DEF[] = {
+inline constexpr velAttribDef LPAR_ATTRS_DEF[] = {
     text(2, "Lpar ID", 32),
     text(3, "SharedPool ID", 16),
     real(4, "Node Capacity"),
@@ -275,7 +248,7 @@ constexpr velAttribDef LPAR_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef PHYS_PROC_ATTRS_DEF[] = {
+inline constexpr velAttribDef PHYS_PROC_ATTRS_DEF[] = {
     text(1, "Id", 64),
     text(4, "Manufacturer", 64),
     text(5, "Family", 64),
@@ -291,7 +264,7 @@ constexpr velAttribDef PHYS_PROC_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef CPU_METER_ATTRS_DEF[] = {
+inline constexpr velAttribDef CPU_METER_ATTRS_DEF[] = {
     longNumber(1, "IdleTime"),
     longNumber(2, "UserTime"),
     longNumber(3, "WaitTime"),
@@ -300,7 +273,7 @@ constexpr velAttribDef CPU_METER_ATTRS_DEF[] = {
     kEndOfAttributes,
 };
 
-constexpr velAttribDef CPU_UNIX_METER_ATTRS_DEF[] = {
+inline constexpr velAttribDef CPU_UNIX_METER_ATTRS_DEF[] = {
     real(1, "LoadAvg1"),
     real(2, "LoadAvg5"),
     real(3, "LoadAvg15"),
