@@ -55,6 +55,11 @@ GroupFactory& GroupFactory::getInstance() {
   return instance;
 }
 
+void GroupFactory::chooseSources(const ScanSettings& settings) {
+  m_catalogue = settings.isModern() ? MODERN_GROUPS_DEF : GROUPS_DEF;
+  if (settings.isModern() && m_modernCreator) m_creator = m_modernCreator(settings);
+}
+
 int GroupFactory::initialise() {
   setHWConfigFile();
   SMBIOSTable::initializeGlobalTable(1);
@@ -71,7 +76,7 @@ void GroupFactory::setHWConfigFile() {
 
 int GroupFactory::getAllGroups(std::list<String>& names) {
   const TraceFunction at{kSourcePath, "getAllGroups()"};
-  for (const velGroupDef* group = GROUPS_DEF; group->id != kCatalogueEnd; ++group) {
+  for (const velGroupDef* group = m_catalogue; group->id != kCatalogueEnd; ++group) {
     if (group->id == kSkippedGroup) continue;
     getCcLogHw()->traceMAX(at(), "hardware group = %s", group->name);
     names.emplace_back(group->name);
@@ -82,14 +87,15 @@ int GroupFactory::getAllGroups(std::list<String>& names) {
 VelGroup* GroupFactory::getGroup(const String& name) {
   const TraceFunction at{kSourcePath, "getGroup()"};
   getCcLogHw()->traceMidEntry(at(), "hardware groupName=%s", name.c_str());
-  const uint32_t id = getGroupIdFromName(name);
+  const velGroupDef* record = findGroup(m_catalogue, name.c_str());
+  const uint32_t id = record == nullptr ? 0 : record->id;
   VelGroup* group = getVELGroup(id);
   getCcLogHw()->traceMidExit(at(), "hardware groupId=%ld", static_cast<long>(id));
   return group;
 }
 
 VelGroup* GroupFactory::getVELGroup(unsigned long groupId) {
-  return m_creator == nullptr ? nullptr : m_creator(groupId);
+  return !m_creator ? nullptr : m_creator(groupId);
 }
 
 int GroupFactory::loadNodeFromFile(String fileName, int tagType) {

@@ -2,11 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "base/String.h"
+#include "config/ScanSettings.h"
 #include "tables/VelTable.h"
 
 namespace quenlor {
@@ -48,7 +51,7 @@ enum ConfigSection : int { kHardwareSection = 1, kProcessorsSection = 5, kQcmsSe
 class GroupFactory {
  public:
   // Makes the group of a catalogue id, owned by the caller; null for an id that has no class.
-  using Creator = VelGroup* (*)(unsigned long groupId);
+  using Creator = std::function<VelGroup*(unsigned long groupId)>;
 
   static constexpr int kSectionAbsent = -1;
   static constexpr int kParseError = 2;
@@ -58,7 +61,14 @@ class GroupFactory {
   virtual ~GroupFactory() = default;
 
   // The factory knows no collector itself: the program installs what makes them.
-  void setCreator(Creator creator) { m_creator = creator; }
+  void setCreator(Creator creator) { m_creator = std::move(creator); }
+  // The same for scans with modern sources: it gives each scan a creator of its own.
+  void setModernCreator(std::function<Creator(const ScanSettings&)> creator) {
+    m_modernCreator = std::move(creator);
+  }
+  // Decides, once and before any group is made, which sources' groups are known and made.
+  void chooseSources(const ScanSettings& settings);
+  const velGroupDef* catalogue() const { return m_catalogue; }
 
   int initialise();                              // configuration file name, SMBIOS table; always 1
   int getAllGroups(std::list<String>& names);    // appends the whole catalogue's names; 0
@@ -80,7 +90,9 @@ class GroupFactory {
   void getProcessorFromNode(const Node* node);
   void getQCMFromNode(const Node* node);
 
-  Creator m_creator = nullptr;
+  Creator m_creator;
+  std::function<Creator(const ScanSettings&)> m_modernCreator;
+  const velGroupDef* m_catalogue = GROUPS_DEF;
   std::vector<std::unique_ptr<ProcessorInfo>> m_processors;
   std::vector<std::unique_ptr<QCMInfo>> m_qcms;
   String m_HWConfigFile;

@@ -6,6 +6,7 @@
 #include "groups/firmware/ComponentIDGroup.h"
 #include "groups/firmware/MemoryModulesGroup.h"
 #include "groups/firmware/SMBIOSGroup.h"
+#include "groups/modern/Collectors.h"
 #include "groups/network/IpAddressGroup.h"
 #include "groups/network/NetworkAdapterGroup.h"
 #include "groups/processor/CpuMeterGroup.h"
@@ -28,40 +29,62 @@ VelGroup* create() {
   return new Group;
 }
 
+// How a group is made: its classic source, and its modern one. Null: there is none (yet).
 struct GroupClass {
   uint32_t id;
   VelGroup* (*create)();
+  ModernCollector collect;
 };
 
 constexpr GroupClass kGroupClasses[] = {
-    {group::kComponentId, create<ComponentIDGroup>},
-    {group::kProcessor, create<ProcessorGroup>},
-    {group::kMemory, create<MemoryGroup>},
-    {group::kMemoryModules, create<MemoryModulesGroup>},
-    {group::kOperatingSystem, create<OperatingSystemGroup>},
-    {group::kStorage, create<StorageGroup>},
-    {group::kIpAddress, create<IpAddressGroup>},
-    {group::kNetworkAdapter, create<NetworkAdapterGroup>},
-    {group::kRegional, create<RegionalGroup>},
-    {group::kUnixSystemParams, create<UnixSystemParamsGroup>},
-    {group::kScanInfo, create<ScanInfoGroup>},
-    {group::kPartition, create<PartitionGroup>},
-    {group::kSmbios, create<SMBIOSGroup>},
-    {group::kPciDevice, create<PCIDeviceGroup>},
-    {group::kLpar, create<LParGroup>},
-    {group::kPhysicalProcessor, create<PhysicalProcessorGroup>},
-    {group::kHostComponentId, create<HostComponentIDGroup>},
-    {group::kCpuMeter, create<CpuMeterGroup>},
-    {group::kUnixCpuMeter, create<UnixCpuMeterGroup>},
+    {group::kComponentId, create<ComponentIDGroup>, nullptr},
+    {group::kProcessor, create<ProcessorGroup>, nullptr},
+    {group::kMemory, create<MemoryGroup>, nullptr},
+    {group::kMemoryModules, create<MemoryModulesGroup>, nullptr},
+    {group::kOperatingSystem, create<OperatingSystemGroup>, nullptr},
+    {group::kStorage, create<StorageGroup>, nullptr},
+    {group::kIpAddress, create<IpAddressGroup>, nullptr},
+    {group::kNetworkAdapter, create<NetworkAdapterGroup>, nullptr},
+    {group::kRegional, create<RegionalGroup>, nullptr},
+    {group::kUnixSystemParams, create<UnixSystemParamsGroup>, nullptr},
+    {group::kScanInfo, create<ScanInfoGroup>, nullptr},
+    {group::kPartition, create<PartitionGroup>, nullptr},
+    {group::kSmbios, create<SMBIOSGroup>, nullptr},
+    {group::kPciDevice, create<PCIDeviceGroup>, nullptr},
+    {group::kLpar, create<LParGroup>, nullptr},
+    {group::kPhysicalProcessor, create<PhysicalProcessorGroup>, nullptr},
+    {group::kHostComponentId, create<HostComponentIDGroup>, nullptr},
+    {group::kCpuMeter, create<CpuMeterGroup>, nullptr},
+    {group::kUnixCpuMeter, create<UnixCpuMeterGroup>, nullptr},
+    {group::kScanResult, nullptr, collectScanResult},
 };
+
+const GroupClass* findClass(unsigned long groupId) {
+  for (const GroupClass& groupClass : kGroupClasses) {
+    if (groupClass.id == groupId) return &groupClass;
+  }
+  return nullptr;
+}
+
+VelGroup* createModernGroup(unsigned long groupId, const std::shared_ptr<ModernScan>& scan) {
+  const GroupClass* groupClass = findClass(groupId);
+  if (groupClass == nullptr) return nullptr;
+  const velGroupDef& group = *findGroup(MODERN_GROUPS_DEF, groupClass->id);
+  if (groupClass->collect != nullptr) return new ModernGroup(group, scan, groupClass->collect);
+  return new ClassicSourceGroup(group, scan, std::unique_ptr<VelGroup>(groupClass->create()));
+}
 
 }  // namespace
 
 VelGroup* createGroup(unsigned long groupId) {
-  for (const GroupClass& groupClass : kGroupClasses) {
-    if (groupClass.id == groupId) return groupClass.create();
-  }
-  return nullptr;
+  const GroupClass* groupClass = findClass(groupId);
+  return groupClass == nullptr || groupClass->create == nullptr ? nullptr : groupClass->create();
+}
+
+GroupFactory::Creator modernGroups(const ScanSettings& settings) {
+  return [scan = std::make_shared<ModernScan>(settings)](unsigned long groupId) {
+    return createModernGroup(groupId, scan);
+  };
 }
 
 }  // namespace quenlor

@@ -1,6 +1,6 @@
-#include <atomic>
+#include "limits/AbandonedWorkers.h"
 
-#include "limits/GetTableThread.h"
+#include <atomic>
 
 namespace quenlor {
 namespace {

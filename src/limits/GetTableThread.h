@@ -5,6 +5,7 @@
 
 #include "base/Event.h"
 #include "base/Thread.h"
+#include "limits/AbandonedWorkers.h"
 #include "tables/VelTable.h"
 
 namespace quenlor {
@@ -28,9 +29,5 @@ class GetTableThread : public Thread {
   Event* m_done;
   int32_t m_timeout = 0;
 };
-
-// Counts workers that were given up; the process then must not run destructors under their feet.
-void reportAbandonedWorker();
-bool hasAbandonedWorkers();
 
 }  // namespace quenlor

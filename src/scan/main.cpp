@@ -28,7 +28,9 @@ void reportLostOutput() {
 
 int main(int argc, char* argv[]) {
   quenlor::prepareProcess();
-  quenlor::GroupFactory::getInstance().setCreator(quenlor::createGroup);
+  quenlor::GroupFactory& factory = quenlor::GroupFactory::getInstance();
+  factory.setCreator(quenlor::createGroup);
+  factory.setModernCreator(quenlor::modernGroups);
   const int status = quenlor::quenlor(argc, argv);
   reportLostOutput();
   if (quenlor::hasAbandonedWorkers()) {

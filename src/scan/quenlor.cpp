@@ -4,16 +4,24 @@
 #include <cstdio>
 #include <list>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "base/ExitStatus.h"
 #include "base/File.h"
+#include "base/StandardOutput.h"
+#include "base/Utf8.h"
 #include "config/DovCfg.h"
+#include "config/ScanSettings.h"
 #include "factory/GroupFactory.h"
 #include "host/Host.h"
 #include "listing/EntryBuilder.h"
 #include "log/CcLogWrapper.h"
 #include "scan/CommandLine.h"
+#include "scan/GroupChoice.h"
+#include "writers/OutputTarget.h"
 #include "writers/mifUtil.h"
 #include "writers/xmlUtil.h"
 
@@ -49,11 +57,22 @@ void explainFailure(const CommandLine& options, int status) {
   std::fprintf(stderr, format, file.c_str());
 }
 
+// Names go to a terminal or a log: no control character of theirs does.
+void nameUnknownGroups(const std::vector<String>& names) {
+  for (const String& name : names) {
+    std::fprintf(stderr, "quenlor: \"%s\": no such group\n", cleanUtf8(name.c_str()).c_str());
+  }
+}
+
 // The scan: chosen groups, one after the other, each table written as soon as it is there.
 class Scan {
  public:
-  explicit Scan(const CommandLine& options)
-      : m_log(getCcLogHw()), m_options(options), m_factory(GroupFactory::getInstance()) {}
+  Scan(const CommandLine& options, const ScanSettings& settings)
+      : m_log(getCcLogHw()),
+        m_options(options),
+        m_settings(settings),
+        m_factory(GroupFactory::getInstance()),
+        m_target(options.outputFile, settings.isModern()) {}
 
   int run() {
     m_factory.initialise();
@@ -70,6 +89,7 @@ class Scan {
     if (code == 0) {
       code = printHwFooter(m_options.xml, output());
       if (code != 0) return end(code);
+      code = complete();
     }
     end(code);
     CcLogWrapper::cleanupInstances();
@@ -77,7 +97,15 @@ class Scan {
   }
 
  private:
-  const char* output() const { return m_options.outputFile.c_str(); }
+  const char* output() const { return m_target.file(); }
+
+  // Modern scans vouch for standard output too; classic ones only say that it was lost.
+  int complete() {
+    if (m_settings.isModern() && m_options.outputFile == kStandardOutput) {
+      return finishStandardOutput();
+    }
+    return m_target.commit();
+  }
 
   int end(int code) {
     m_log->traceMidExit(kAt(), "hardware return=%d", code);
@@ -85,6 +113,15 @@ class Scan {
   }
 
   int chooseGroups() {
+    const int code = nameGroups();
+    if (code != 0 || !m_settings.isModern()) return code;
+    GroupChoice choice = chooseModernGroups(m_groupNames, m_factory.catalogue());
+    nameUnknownGroups(choice.unknown);
+    m_groupNames = std::move(choice.groups);
+    return code;
+  }
+
+  int nameGroups() {
     if (m_options.configFile.empty()) {
       m_log->traceMAX(kAt(), "hardware No config filename entered");
       m_log->traceMAX(kAt(), "hardware Get all supported groups");
@@ -121,19 +158,28 @@ class Scan {
 
   CcLogWrapper* m_log;
   const CommandLine& m_options;
+  const ScanSettings& m_settings;
   GroupFactory& m_factory;
+  OutputTarget m_target;
   std::list<String> m_groupNames;
 };
 
-int run(const CommandLine& options, EntryBuilder& entryBuilder) {
-  if (options.list) {
-    return entryBuilder.PrintEntries(options.outputFile.c_str()) ? kExitSuccess : kExitListPrint;
+int printList(const CommandLine& options, const ScanSettings& settings,
+              EntryBuilder& entryBuilder) {
+  OutputTarget target(options.outputFile, settings.isModern());
+  if (!entryBuilder.PrintEntries(target.file()) || target.commit() != kExitSuccess) {
+    return kExitListPrint;
   }
+  return kExitSuccess;
+}
+
+int run(const CommandLine& options, const ScanSettings& settings, EntryBuilder& entryBuilder) {
+  if (options.list) return printList(options, settings, entryBuilder);
   if (options.wOption) {
     printUsage();
     return kExitUsage;
   }
-  return Scan(options).run();
+  return Scan(options, settings).run();
 }
 
 }  // namespace
@@ -148,6 +194,9 @@ int quenlor(int argc, char* argv[], EntryBuilder& entryBuilder) {
   host().timeZone();  // what is reported of the zone is what holds before any time is converted
   DovCfg::initialize(argc > 0 ? argv[0] : "");
   if (const int error = DovCfg::getError()) return error;
+  const std::optional<ScanSettings> settings = configuredScanSettings();
+  if (!settings) return DovCfg::kMalformed;
+  GroupFactory::getInstance().chooseSources(*settings);
   const String properties = DovCfg::getKey("config_dir") + File::pathSeparator + kTraceProperties;
   CcLogWrapper::initialize(properties.c_str());
   getCcLogHw()->traceMidEntry(kAt(), "hardware");
@@ -155,7 +204,7 @@ int quenlor(int argc, char* argv[], EntryBuilder& entryBuilder) {
   const CommandLineResult parsed =
       parseCommandLine(argc, argv, [&entryBuilder] { return entryBuilder.BuildAllEntries(1); });
   if (parsed.finished) return parsed.status;
-  const int status = run(parsed.options, entryBuilder);
+  const int status = run(parsed.options, *settings, entryBuilder);
   if (status != kExitSuccess) explainFailure(parsed.options, status);
   return status;
 }

@@ -112,6 +112,10 @@ void addText(VelTableRow& row, uint32_t id, const char* text) {
   row.addAttrib(new VelTableAttrib(id, text));
 }
 
+void addCharacters(VelTableRow& row, uint32_t id, std::u32string_view text) {
+  row.addAttrib(new VelTableAttrib(id, text));
+}
+
 void addTime(VelTableRow& row, uint32_t id, time_t seconds) {
   row.addAttrib(new VelTableAttrib(id, static_cast<long>(seconds)));
 }

@@ -8,6 +8,7 @@
 #include <ctime>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "base/String.h"
 #include "catalogue/Catalogue.h"
@@ -31,6 +32,7 @@ class VelTableAttrib {
   VelTableAttrib(uint32_t id, float value);
   VelTableAttrib(uint32_t id, double value);
   VelTableAttrib(uint32_t id, const char* text);  // multibyte text of the locale; null is empty
+  VelTableAttrib(uint32_t id, std::u32string_view text);  // VEL_STRING, whatever the locale
   VelTableAttrib(uint32_t id, const unsigned char* bytes, uint32_t length);
   VelTableAttrib(uint32_t id, long seconds);  // VEL_DATETIME; seconds since the epoch
   VelTableAttrib(uint32_t id, unsigned long long value);
@@ -109,7 +111,8 @@ class VelTable {
   uint32_t getNumRows() const { return m_rows.count(); }
   const char* getGroupName() const;  // in this table's catalogue; "Unknown" when it has no such id
   const velGroupDef* getGroupDefinitionFromId() const;  // null when the catalogue has no such id
-  int reset();                                          // cursor before the first row; always 1
+  bool isModern() const { return m_groupDefs == MODERN_GROUPS_DEF; }
+  int reset();             // cursor before the first row; always 1
   VelTableRow* getNext();  // next row or null; stays owned by the table
   void toString();         // debug dump to standard output
 
@@ -170,6 +173,7 @@ inline void addText(VelTableRow& row, uint32_t id, const String& text) {
   addText(row, id, text.c_str());
 }
 void addTime(VelTableRow& row, uint32_t id, time_t seconds);
+void addCharacters(VelTableRow& row, uint32_t id, std::u32string_view text);
 
 // Any width to the 32 bits of a VEL_ULONG: too large becomes 0xFFFFFFFF, negative becomes 0.
 constexpr uint32_t saturateToUlong(uint64_t value) {

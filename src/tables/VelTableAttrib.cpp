@@ -107,6 +107,14 @@ VelTableAttrib::VelTableAttrib(uint32_t id, const char* text)
   StringToVelString(text, m_block + kBlockHeaderSize);
 }
 
+VelTableAttrib::VelTableAttrib(uint32_t id, std::u32string_view text) {
+  const auto length = static_cast<uint32_t>(std::min<size_t>(text.size(), kMaxTextBytes));
+  const uint32_t count = length + 1;  // with the terminator
+  m_block = newBlock(id, VEL_STRING, static_cast<uint32_t>(sizeof count) * (count + 1));
+  std::memcpy(m_block + kBlockHeaderSize, &count, sizeof count);
+  std::memcpy(m_block + kBlockHeaderSize + sizeof count, text.data(), length * sizeof(char32_t));
+}
+
 VelTableAttrib::VelTableAttrib(uint32_t id, const unsigned char* bytes, uint32_t length) {
   const uint32_t count = bytes == nullptr ? 0 : std::min(length, kMaxOctets);
   m_block = newBlock(id, VEL_OCTETSTRING, static_cast<uint32_t>(sizeof count) + count);

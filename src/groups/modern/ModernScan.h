@@ -1,0 +1,55 @@
+// What the groups of one modern scan share: settings, readers that run once, limits, and the result
+// of every group.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "config/ScanSettings.h"
+#include "groups/modern/SharedReader.h"
+
+namespace quenlor {
+
+// What a group of this scan came to.
+struct GroupResult {
+  std::string group;
+  size_t rows = 0;
+  Milliseconds time{0};
+  Outcome outcome;
+};
+
+// Held by shared_ptr: a worker that was given up may outlive the scan.
+class ModernScan {
+ public:
+  explicit ModernScan(const ScanSettings& settings);
+  ModernScan(const ModernScan&) = delete;
+  ModernScan& operator=(const ModernScan&) = delete;
+
+  const ScanSettings& settings() const { return m_settings; }
+
+  // Time for the next piece of work: the group's limit, or what is left of the scan's.
+  Milliseconds limit() const;
+
+  // Collects a group within limit(). What it waits for shared readers, which have limits of their
+  // own, is not counted.
+  BoundedWorker::Result runGroup(std::function<void()> job);
+
+  // By the driver's thread alone.
+  void addResult(GroupResult result) { m_results.push_back(std::move(result)); }
+  const std::vector<GroupResult>& results() const { return m_results; }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  const ScanSettings m_settings;
+  const Clock::time_point m_start;
+  BoundedWorker m_groupWorker;
+  ReaderLine m_readers;
+  std::vector<GroupResult> m_results;
+};
+
+}  // namespace quenlor
