@@ -33,18 +33,25 @@ bool isEmpty(const char* text) { return *text == '\0'; }
 
 std::string inParentheses(const char* text) { return std::string("(") + text + ")"; }
 
+std::string shortOrLongName(const PciVendor& row) {
+  return isEmpty(row.shortName) ? row.longName : row.shortName;
+}
+
+std::string deviceText(const PciDevice& row) {
+  if (isEmpty(row.chip)) return row.description;
+  const std::string chip = row.chip;
+  return isEmpty(row.description) ? chip : chip + " " + inParentheses(row.description);
+}
+
 std::string deviceName(const std::string& vendorName, const PciDevice& row) {
-  std::string name = vendorName + " ";
-  if (isEmpty(row.chip)) return isEmpty(row.description) ? "" : name + row.description;
-  name += row.chip;
-  return isEmpty(row.description) ? name : name + " " + inParentheses(row.description);
+  const std::string text = deviceText(row);
+  return text.empty() ? text : vendorName + " " + text;
 }
 
 std::string nameOf(int vendor, int device, const char* classText) {
   const PciVendor* vendorRow = findVendor(vendor);
   if (vendorRow == nullptr) return isEmpty(classText) ? "" : inParentheses(classText);
-  const std::string vendorName =
-      isEmpty(vendorRow->shortName) ? vendorRow->longName : vendorRow->shortName;
+  const std::string vendorName = shortOrLongName(*vendorRow);
 
   std::string name;
   const PciDevice* deviceRow = findDevice(vendor, device);
@@ -91,6 +98,16 @@ std::string pciName(int vendor, int device, const std::string& classText) {
   std::string result(name);
   std::free(name);
   return result;
+}
+
+std::string builtInVendorName(uint16_t vendor) {
+  const PciVendor* row = findVendor(vendor);
+  return row == nullptr ? std::string() : shortOrLongName(*row);
+}
+
+std::string builtInDeviceName(uint16_t vendor, uint16_t device) {
+  const PciDevice* row = findDevice(vendor, device);
+  return row == nullptr ? std::string() : deviceText(*row);
 }
 
 std::optional<int> readPciId(const char* text, const char** end) {

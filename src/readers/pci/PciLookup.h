@@ -40,6 +40,10 @@ char* lookupPCI(int vendor, int device, const char* classText);
 // The same name as a string.
 std::string pciName(int vendor, int device, const std::string& classText);
 
+// What the tables alone say: "Intel", and "82557/8/9/0/1 (Ethernet Pro 100)". Empty: nothing.
+std::string builtInVendorName(uint16_t vendor);
+std::string builtInDeviceName(uint16_t vendor, uint16_t device);
+
 // The hexadecimal id at the front of the text, blanks skipped, and in *end (may be null) where it
 // ends; nothing when there is no digit. What is beyond 16 bits becomes an id that no table has.
 std::optional<int> readPciId(const char* text, const char** end = nullptr);
