@@ -71,6 +71,7 @@ InterfaceEvent parseInterfaceEvent(const std::string& text) {
 
 std::string parseHardwareAddress(const std::string& text) {
   std::string bytes;
+  if (text.size() % 3 != 2) return {};
   for (size_t at = 0; at < text.size(); at += 3) {
     const auto byte = parseByte(std::string_view(text).substr(at, 2));
     const bool isSeparated = at + 2 == text.size() || text[at + 2] == ':';
