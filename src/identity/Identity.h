@@ -27,6 +27,9 @@ char* md5_checksum(const char* text);
 // The same digest as a string; empty for an empty text.
 std::string md5Text(const std::string& text);
 
+// HMAC (RFC 2104) of the message with MD5 under the key, as 32 lower-case hexadecimal digits.
+std::string hmacMd5Text(const std::string& key, const std::string& message);
+
 // Four-character machine type of a product text, into out (at least 5 bytes, preset to ""): the
 // four characters after '[', or the first four of a seven-character product; otherwise out stays.
 void getTypeFromProd(const char* product, char* out);

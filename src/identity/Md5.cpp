@@ -1,6 +1,7 @@
 // MD5 message digest of RFC 1321, for identity values; not used for anything that must resist
 // attack.
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdlib>
 #include <cstring>
@@ -154,6 +155,49 @@ std::string md5Text(const std::string& text) {
   std::string result(checksum);
   std::free(checksum);
   return result;
+}
+
+namespace {
+
+using Digest = std::array<unsigned char, kDigestSize>;
+using Block = std::array<unsigned char, kBlockSize>;
+
+// Digest of a block and what follows it.
+Digest digestOf(const Block& start, const unsigned char* rest, size_t length) {
+  md5file_context context;
+  md5file_clear(&context);
+  md5file_addn(&context, start.data(), start.size());
+  md5file_addn(&context, rest, length);
+  Digest digest{};
+  md5file_hash(&context, digest.data());
+  return digest;
+}
+
+Block keyBlock(const std::string& key, unsigned char pad) {
+  Block block{};
+  if (key.size() <= block.size()) {
+    std::copy(key.begin(), key.end(), block.begin());
+  } else {
+    md5file_context context;
+    md5file_clear(&context);
+    md5file_addn(&context, reinterpret_cast<const unsigned char*>(key.data()), key.size());
+    md5file_hash(&context, block.data());
+  }
+  for (unsigned char& byte : block) byte ^= pad;
+  return block;
+}
+
+}  // namespace
+
+std::string hmacMd5Text(const std::string& key, const std::string& message) {
+  constexpr unsigned char kInnerPad = 0x36;
+  constexpr unsigned char kOuterPad = 0x5C;
+  const auto* bytes = reinterpret_cast<const unsigned char*>(message.data());
+  const Digest inner = digestOf(keyBlock(key, kInnerPad), bytes, message.size());
+  const Digest outer = digestOf(keyBlock(key, kOuterPad), inner.data(), inner.size());
+  char text[2 * kDigestSize + 1];
+  hexDigits(outer.data(), text);
+  return text;
 }
 
 }  // namespace quenlor

@@ -5,6 +5,12 @@
 
 namespace quenlor {
 
+void collectCpuMeter(ModernScan& scan, ModernTable& table);
+void collectOperatingSystem(ModernScan& scan, ModernTable& table);
+void collectRegional(ModernScan& scan, ModernTable& table);
+void collectScanInfo(ModernScan& scan, ModernTable& table);
 void collectScanResult(ModernScan& scan, ModernTable& table);
+void collectUnixCpuMeter(ModernScan& scan, ModernTable& table);
+void collectUnixSystemParams(ModernScan& scan, ModernTable& table);
 
 }  // namespace quenlor

@@ -11,6 +11,9 @@
 
 #include "config/ScanSettings.h"
 #include "groups/modern/SharedReader.h"
+#include "readers/resolver/Resolver.h"
+#include "readers/system/KernelStatistics.h"
+#include "readers/system/ZoneAndLocale.h"
 
 namespace quenlor {
 
@@ -38,6 +41,15 @@ class ModernScan {
   // own, is not counted.
   BoundedWorker::Result runGroup(std::function<void()> job);
 
+  // The facts that groups share; null, with a note in `outcome`, when they could not be had.
+  const KernelStatistics* kernelStatistics(Outcome& outcome) {
+    return m_kernelStatistics.get(m_readers, outcome);
+  }
+  const Resolver* resolver(Outcome& outcome) { return m_resolver.get(m_readers, outcome); }
+  const SystemLocale* systemLocale(Outcome& outcome) {
+    return m_systemLocale.get(m_readers, outcome);
+  }
+
   // By the driver's thread alone.
   void addResult(GroupResult result) { m_results.push_back(std::move(result)); }
   const std::vector<GroupResult>& results() const { return m_results; }
@@ -49,6 +61,9 @@ class ModernScan {
   const Clock::time_point m_start;
   BoundedWorker m_groupWorker;
   ReaderLine m_readers;
+  SharedReader<KernelStatistics> m_kernelStatistics{"processor times", readKernelStatistics};
+  SharedReader<Resolver> m_resolver{"host and domain name", readResolver};
+  SharedReader<SystemLocale> m_systemLocale{"locale", readSystemLocale};
   std::vector<GroupResult> m_results;
 };
 

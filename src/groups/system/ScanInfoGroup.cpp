@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "groups/system/ScannerVersion.h"
 #include "host/Host.h"
 #include "log/CcLogWrapper.h"
 #include "tables/Render.h"
@@ -10,12 +11,6 @@ namespace quenlor {
 namespace {
 
 constexpr const char* kSourcePath = "../../../src/invscan/linux/ScanInfoGroup.cpp";
-
-// What this scanner says of itself; the version numbers are those of the document format.
-constexpr const char* kScannerManufacturer = "Marrow Systems Inc.";
-constexpr uint32_t kScannerMajor = 2;
-constexpr uint32_t kScannerMinor = 3;
-constexpr uint32_t kScannerMaintenance = 1036;
 
 // Attribute ids.
 constexpr uint32_t kManufacturer = 1;

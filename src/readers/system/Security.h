@@ -1,0 +1,26 @@
+// Security state of the kernel.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quenlor {
+
+// The word in brackets: "none [integrity] confidentiality"; empty when there is none.
+std::string bracketedWord(std::string_view text);
+
+// "enforcing", "permissive" or "disabled" of an SELinux configuration file; empty for anything
+// else.
+std::string configuredSelinuxMode(std::string_view text);
+
+struct Security {
+  std::string modules;      // /sys/kernel/security/lsm, comma list; empty: not told
+  std::string lockdown;     // "none", "integrity", "confidentiality"; empty: not told
+  std::string selinuxMode;  // "enforcing", "permissive", "disabled"; empty: no SELinux here
+  std::optional<bool> fips;
+};
+
+Security readSecurity();
+
+}  // namespace quenlor
