@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "base/Text.h"
 #include "tables/ValueBlock.h"
 
 namespace quenlor {
@@ -57,6 +58,15 @@ bool printCommonValue(FILE* file, uint32_t type, const unsigned char* value) {
     default:
       return false;
   }
+}
+
+// A stored string, escaped for MIF.
+std::wstring escapedText(const unsigned char* velString) {
+  const std::wstring text = readText(velString);
+  const wchar_t* escaped = dmtf_escape(text.c_str());
+  std::wstring result(escaped);
+  if (escaped != text.c_str()) delete[] escaped;
+  return result;
 }
 
 }  // namespace
@@ -165,10 +175,15 @@ void PrintVelTimeBlockToFile(FILE* file, const char* characters) {
 }
 
 void PrintVelStringToFile(FILE* file, const unsigned char* velString) {
-  const std::wstring text = readText(velString);
-  const wchar_t* escaped = dmtf_escape(text.c_str());
-  const std::string bytes = toLocale(escaped);
-  if (escaped != text.c_str()) delete[] escaped;
+  const std::string bytes = toLocale(escapedText(velString).c_str());
+  std::fwrite(bytes.data(), 1, bytes.size(), file);
+}
+
+void PrintVelStringAsUtf8(FILE* file, const unsigned char* velString) {
+  std::string bytes;
+  for (const wchar_t character : escapedText(velString)) {
+    if (character != L'\0') appendUtf8(bytes, static_cast<uint32_t>(character));
+  }
   std::fwrite(bytes.data(), 1, bytes.size(), file);
 }
 

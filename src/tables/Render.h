@@ -23,6 +23,8 @@ void PrintOctetStringToFile(FILE* file, const unsigned char* bytes, uint32_t len
 void PrintVelTimeBlockToFile(FILE* file, const char* characters);
 // A stored string (count and 32-bit characters), escaped for MIF, in the locale's encoding.
 void PrintVelStringToFile(FILE* file, const unsigned char* velString);
+// The same in UTF-8 whatever the locale.
+void PrintVelStringAsUtf8(FILE* file, const unsigned char* velString);
 // A wide text in the locale's encoding; '?' for each character that it cannot express.
 std::string toLocale(const wchar_t* text);
 // "\n\t\t%d = \"%s\"" for each pair of the record's enumeration table.

@@ -1,10 +1,14 @@
 #include "writers/mifUtil.h"
 
 #include <cinttypes>
+#include <map>
+#include <set>
+#include <vector>
 
 #include "base/ExitStatus.h"
 #include "log/CcLogWrapper.h"
 #include "tables/Render.h"
+#include "tables/ValueBlock.h"
 #include "writers/OutputFile.h"
 
 namespace quenlor {
@@ -12,33 +16,53 @@ namespace {
 
 constexpr const char* kSourcePath = "../../../src/invscan/scanengine/mifUtil.cpp";
 
-void printActualValue(FILE* file, const VelTableAttrib& attrib) {
+// Modern documents are UTF-8 whatever the locale, classic ones in the locale's encoding.
+enum class Form : uint8_t { kClassic, kModern };
+
+Form formOf(const VelTable& table) { return table.isModern() ? Form::kModern : Form::kClassic; }
+
+void printActualValue(FILE* file, const VelTableAttrib& attrib, Form form) {
   printDoubleQuote(file, attrib.getType());
-  PrintVelAttribValueToFile(file, attrib.getAttribPtr());
+  if (form == Form::kModern && attrib.getType() == VEL_STRING) {
+    PrintVelStringAsUtf8(file, blockValue(attrib.getAttribPtr()));
+  } else {
+    PrintVelAttribValueToFile(file, attrib.getAttribPtr());
+  }
   printDoubleQuote(file, attrib.getType());
 }
 
+bool isLongNumber(const velGroupDef* group, uint32_t attribId) {
+  const velAttribDef* attrib = getAttribDefinitionFromId(group, attribId);
+  return attrib != nullptr && attrib->type == VEL_LONGLONG;
+}
+
 // Everything of an attribute block before its value.
-void printAttributeStart(FILE* file, const velGroupDef* group, uint32_t attribId) {
+void printAttributeStart(FILE* file, const velGroupDef* group, uint32_t attribId, Form form) {
   const char* name = getAttribNameFromId(group, attribId);
   std::fprintf(file, "\n\tStart Attribute\n\t\tName = \"%s\"", name == nullptr ? "(null)" : name);
   std::fprintf(file, "\n\t\tID = %" PRId32, static_cast<int32_t>(attribId));
   std::fputs("\n\t\tType = ", file);
-  printDMTFType(file, group, attribId);
+  if (form == Form::kModern && isLongNumber(group, attribId)) {
+    std::fputs("Integer64", file);
+  } else {
+    printDMTFType(file, group, attribId);
+  }
   std::fputs("\n\t\tValue = ", file);
 }
 
 void printAttributeEnd(FILE* file) { std::fputs("\n\tEnd Attribute", file); }
 
-void printDefaultAttribute(FILE* file, const velGroupDef* group, uint32_t attribId, uint32_t type) {
-  printAttributeStart(file, group, attribId);
+void printDefaultAttribute(FILE* file, const velGroupDef* group, uint32_t attribId, uint32_t type,
+                           Form form) {
+  printAttributeStart(file, group, attribId, form);
   printDefaultValue(file, type);
   printAttributeEnd(file);
 }
 
-void printActualAttribute(FILE* file, const velGroupDef* group, const VelTableAttrib& attrib) {
-  printAttributeStart(file, group, attrib.getId());
-  printActualValue(file, attrib);
+void printActualAttribute(FILE* file, const velGroupDef* group, const VelTableAttrib& attrib,
+                          Form form) {
+  printAttributeStart(file, group, attrib.getId(), form);
+  printActualValue(file, attrib, form);
   printAttributeEnd(file);
 }
 
@@ -73,12 +97,62 @@ void printKeys(FILE* file, const velGroupDef& group) {
   }
 }
 
+// Every attribute of the group's record, with default values.
+void printWholeRecord(FILE* file, const velGroupDef* group, Form form) {
+  if (group == nullptr || group->attribs == nullptr) return;
+  for (const velAttribDef* attrib = group->attribs; attrib->id != kCatalogueEnd; ++attrib) {
+    printDefaultAttribute(file, group, attrib->id, attrib->type, form);
+  }
+}
+
+// Ids of the attributes that any row has, with their types in the catalogue's order.
+std::vector<const velAttribDef*> attributesInUse(const velGroupDef& group, VelTable& table) {
+  std::set<uint32_t> ids;
+  table.reset();
+  while (VelTableRow* row = table.getNext()) {
+    row->reset();
+    while (const VelTableAttrib* attrib = row->getNext()) ids.insert(attrib->getId());
+  }
+  std::vector<const velAttribDef*> used;
+  for (const velAttribDef* attrib = group.attribs; attrib->id != kCatalogueEnd; ++attrib) {
+    if (ids.count(attrib->id) != 0) used.push_back(attrib);
+  }
+  return used;
+}
+
+// Modern rows leave out what is not known, each its own: the schema lists what any of them has, and
+// every row has a place for each, empty where it knows nothing.
+void printModernKeyedGroup(FILE* file, const velGroupDef& group, VelTable& table) {
+  printGroupStart(file, table);
+  for (const velAttribDef* attrib : attributesInUse(group, table)) {
+    printDefaultAttribute(file, &group, attrib->id, attrib->type, Form::kModern);
+  }
+  if (table.getNumRows() == 0) printWholeRecord(file, &group, Form::kModern);
+  printKeys(file, group);
+  printGroupEnd(file);
+}
+
+void printModernRow(FILE* file, VelTableRow& row, const std::vector<const velAttribDef*>& places) {
+  std::map<uint32_t, const VelTableAttrib*> values;
+  row.reset();
+  while (const VelTableAttrib* attrib = row.getNext()) values[attrib->getId()] = attrib;
+  std::fputs("\n{", file);
+  const char* separator = "";
+  for (const velAttribDef* place : places) {
+    std::fputs(separator, file);
+    const auto value = values.find(place->id);
+    if (value != values.end()) printActualValue(file, *value->second, Form::kModern);
+    separator = ",";
+  }
+  std::fputs("}", file);
+}
+
 // The schema lists the attributes that the first row has; without a row, all of the record's.
 void printKeyedGroup(FILE* file, const velGroupDef& group, VelTable& table) {
   printGroupStart(file, table);  // without an ID line, which only the table block has
   if (VelTableRow* row = firstRow(table)) {
     while (const VelTableAttrib* attrib = row->getNext()) {
-      printDefaultAttribute(file, &group, attrib->getId(), attrib->getType());
+      printDefaultAttribute(file, &group, attrib->getId(), attrib->getType(), Form::kClassic);
     }
   } else {
     printFromGroupDef(file, &group);
@@ -93,19 +167,31 @@ void printTableRow(FILE* file, VelTableRow& row) {
   const char* separator = "";
   while (const VelTableAttrib* attrib = row.getNext()) {
     std::fputs(separator, file);
-    printActualValue(file, *attrib);
+    printActualValue(file, *attrib, Form::kClassic);
     separator = ",";
   }
   std::fputs("}", file);
 }
 
-void printTable(FILE* file, VelTable& table) {
+template <class PrintRow>
+void printTable(FILE* file, VelTable& table, PrintRow printRow) {
   std::fprintf(file, "\nStart Table\n\tName = \"%s Table\"", table.getGroupName());
   printId(file, table);
   printClass(file, table);
   table.reset();
-  while (VelTableRow* row = table.getNext()) printTableRow(file, *row);
+  while (VelTableRow* row = table.getNext()) printRow(*row);
   std::fputs("\nEnd Table\n", file);
+}
+
+void printKeyedBlocks(FILE* file, const velGroupDef& group, VelTable& table) {
+  if (formOf(table) == Form::kClassic) {
+    printKeyedGroup(file, group, table);
+    printTable(file, table, [file](VelTableRow& row) { printTableRow(file, row); });
+    return;
+  }
+  printModernKeyedGroup(file, group, table);
+  const auto places = attributesInUse(group, table);
+  printTable(file, table, [&](VelTableRow& row) { printModernRow(file, row, places); });
 }
 
 // A group without keys is a single-instance group: rows after the first are left out, and meant so.
@@ -114,10 +200,10 @@ void printKeylessGroup(FILE* file, const velGroupDef* group, VelTable& table) {
   printId(file, table);
   if (VelTableRow* row = firstRow(table)) {
     while (const VelTableAttrib* attrib = row->getNext()) {
-      printActualAttribute(file, group, *attrib);
+      printActualAttribute(file, group, *attrib, formOf(table));
     }
   } else {
-    printFromGroupDef(file, group);
+    printWholeRecord(file, group, formOf(table));
   }
   printGroupEnd(file);
 }
@@ -125,8 +211,7 @@ void printKeylessGroup(FILE* file, const velGroupDef* group, VelTable& table) {
 void printBlocks(FILE* file, VelTable& table) {
   const velGroupDef* group = table.getGroupDefinitionFromId();
   if (group != nullptr && group->keys != nullptr) {
-    printKeyedGroup(file, *group, table);
-    printTable(file, table);
+    printKeyedBlocks(file, *group, table);
   } else {
     printKeylessGroup(file, group, table);
   }
@@ -162,10 +247,7 @@ int printMifFooter(const char* fileName) {
 }
 
 void printFromGroupDef(FILE* file, const velGroupDef* group) {
-  if (group == nullptr || group->attribs == nullptr) return;
-  for (const velAttribDef* attrib = group->attribs; attrib->id != kCatalogueEnd; ++attrib) {
-    printDefaultAttribute(file, group, attrib->id, attrib->type);
-  }
+  printWholeRecord(file, group, Form::kClassic);
 }
 
 void printDMTFType(FILE* file, const velGroupDef* group, uint32_t attribId) {
