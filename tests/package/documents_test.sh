@@ -43,9 +43,10 @@ done
 for option in c o m l h; do
   grep -q -- "-$option" "$source/docs/completion/quenlor" || fail "-$option is not completed"
 done
-for key in config_dir hwscanner.config_file hwscanner.timeout; do
+for key in config_dir hwscanner.config_file hwscanner.timeout hwscanner.sources hwscanner.group_limit_ms \
+           hwscanner.mount_limit_ms hwscanner.scan_limit_ms; do
   grep -q "It Cm $key" "$source/docs/man/quenlor.conf.5" || fail "$key is not in the manual"
-  grep -q "^#$key" "$source/data/quenlor.conf" || fail "$key is not in the sample"
+  grep -q "^#\?$key" "$source/data/quenlor.conf" || fail "$key is not in the sample"
 done
 for key in trace.file trace.level trace.size trace.count; do
   grep -q "Cm $key" "$source/docs/man/quenlor.8" || fail "$key is not in the manual"

@@ -11,13 +11,15 @@ fail() { echo "FAILED: $*" >&2; exit 1; }
 DESTDIR="$stage" cmake --install "$build" > "$stage/log" || { cat "$stage/log"; fail "cmake --install"; }
 program="$stage/usr/sbin/quenlor"
 
-for file in etc/quenlor/quenlor.conf etc/quenlor/DovTrace.properties usr/share/quenlor/DovHWConfig.xml \
+for file in usr/share/quenlor/quenlor.conf etc/quenlor/DovTrace.properties usr/share/quenlor/DovHWConfig.xml \
             usr/share/quenlor/quenlor.xsd usr/share/man/man8/quenlor.8.gz \
             usr/share/man/man5/quenlor.conf.5.gz usr/share/doc/quenlor/copyright \
             usr/share/doc/quenlor/fields.md usr/share/doc/quenlor/examples/scan-sample.xml \
             usr/share/bash-completion/completions/quenlor; do
   [ -f "$stage/$file" ] || fail "$file is not installed"
 done
+
+[ ! -e "$stage/etc/quenlor/quenlor.conf" ] || fail "the administrator's configuration would be overwritten"
 
 # Only the C library and libgcc_s may be needed from the machine.
 needed=$(readelf -d "$program" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' | sort | tr '\n' ' ')

@@ -18,11 +18,46 @@ package=$(echo "$work"/quenlor_*_amd64.deb)
 dpkg-deb --info "$package"
 lintian --fail-on error --allow-root "$package" || fail "lintian has errors"
 
-# Slim container images leave manuals and documents of packages out.
-dpkg --path-include='/usr/share/*' -i "$package"
+# The package as it was before the configuration became the administrator's: the same files, the
+# configuration (without any choice of sources) a conffile, no scripts.
+mkdir "$work/old"
+dpkg-deb -R "$package" "$work/old"
+rm "$work/old/DEBIAN/postinst" "$work/old/DEBIAN/postrm" "$work/old/DEBIAN/md5sums"
+mv "$work/old/usr/share/quenlor/quenlor.conf" "$work/old/etc/quenlor/quenlor.conf"
+sed -i '/^hwscanner.sources/d' "$work/old/etc/quenlor/quenlor.conf"
+echo /etc/quenlor/quenlor.conf >> "$work/old/DEBIAN/conffiles"
+sed -i 's/^Version: .*/Version: 2.3.1036/' "$work/old/DEBIAN/control"
+dpkg-deb --root-owner-group -b "$work/old" "$work/old.deb" > /dev/null
+
 remove() { dpkg --purge quenlor >/dev/null 2>&1 || true; rm -rf "$work"; }
 trap remove EXIT
+# Slim container images leave manuals and documents of packages out.
+install() { dpkg --path-include='/usr/share/*' -i "$1" > "$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log"; fail "dpkg -i $1"; }; }
+is_modern() { /usr/sbin/quenlor | grep -q '<Sources>modern</Sources>'; }
 
+# An upgrade leaves the machine as it is, edited or not.
+for edit in ':' 'echo "# mine" >> /etc/quenlor/quenlor.conf'; do
+  install "$work/old.deb"
+  eval "$edit"
+  cp /etc/quenlor/quenlor.conf "$work/before"
+  install "$package"
+  cmp /etc/quenlor/quenlor.conf "$work/before" || fail "an upgrade changed the configuration"
+  ! is_modern || fail "an upgrade changed the sources"
+  dpkg --purge quenlor > /dev/null
+  [ ! -e /etc/quenlor ] || fail "/etc/quenlor is left behind after an upgrade and purging"
+done
+
+# A fresh installation uses the modern sources; installed again after removal, what stayed counts.
+install "$package"
+is_modern || fail "a fresh installation does not use the modern sources"
+dpkg --remove quenlor > /dev/null
+sed -i 's/^hwscanner.sources.*/hwscanner.sources = classic/' /etc/quenlor/quenlor.conf
+install "$package"
+! is_modern || fail "installing again overwrote the configuration"
+dpkg --purge quenlor > /dev/null
+[ ! -e /etc/quenlor ] || fail "/etc/quenlor is left behind after purging"
+
+install "$package"
 man -P cat quenlor > "$work/manual" 2>/dev/null || fail "man quenlor"
 grep -q 'EXIT STATUS' "$work/manual" || fail "the manual lacks its exit statuses"
 man -P cat 5 quenlor.conf > /dev/null 2>&1 || fail "man 5 quenlor.conf"

@@ -100,8 +100,10 @@ class Stage:
         copy_program(self._tools.quenlor, self._root, install / "quenlor")
         for name in ("quenlor.conf", "DovHWConfig.xml"):
             shutil.copy2(Path(self._tools.data) / name, install / name)
+        # A machine is scanned with the classic sources unless its settings say otherwise.
+        settings = {"hwscanner.sources": "classic"} | self._machine.settings
         with open(install / "quenlor.conf", "a", encoding="utf-8") as stream:
-            stream.writelines(f"{key} = {text}\n" for key, text in self._machine.settings.items())
+            stream.writelines(f"{key} = {text}\n" for key, text in settings.items())
         if self._machine.groups is not None:
             (self._root / SCAN_CONFIGURATION).write_text(scan_configuration(self._machine.groups))
 
