@@ -121,5 +121,17 @@ TEST(MachineType, firstBracketDecides) {
 // A bracket decides even in a seven-character product.
 TEST(MachineType, bracketGoesBeforeTheLength) { EXPECT_EQ(machineType("ab[cdef"), "cdef"); }
 
+// RFC 2202, test cases 1, 2, 3 and 6.
+TEST(IdentityTest, keyedDigestsAreThoseOfTheStandard) {
+  EXPECT_EQ(hmacMd5Text(std::string(16, '\x0b'), "Hi There"), "9294727a3638bb1c13f48ef8158bfc9d");
+  EXPECT_EQ(hmacMd5Text("Jefe", "what do ya want for nothing?"),
+            "750c783e6ab0b503eaa86e310a5db738");
+  EXPECT_EQ(hmacMd5Text(std::string(16, '\xaa'), std::string(50, '\xdd')),
+            "56be34521d144c88dbb8c733f0e8b3f6");
+  EXPECT_EQ(hmacMd5Text(std::string(80, '\xaa'),
+                        "Test Using Larger Than Block-Size Key - Hash Key First"),
+            "6b1ab7fe4bd7bf8f0b62e6ce61b9d0cd");
+}
+
 }  // namespace
 }  // namespace quenlor
