@@ -1,16 +1,18 @@
 #!/usr/bin/env python3
 """Tests of the fixture-machine harness itself: a comparison that cannot fail proves nothing."""
 
+import errno
 import json
 import sys
 import tempfile
 import unittest
 from pathlib import Path
+from unittest import mock
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from harness import facts  # noqa: E402
+from harness import facts, namespace  # noqa: E402
 from harness.documents import LIST, Rule, with_placeholders  # noqa: E402
 from harness.machine import load_machine  # noqa: E402
 from harness.numbered import numbered  # noqa: E402
@@ -178,6 +180,35 @@ class Machines(unittest.TestCase):
     def test_machine_without_documents_is_refused(self):
         with self.assertRaisesRegex(ValueError, "documents"):
             self.load({"about": "x", "documents": []})
+
+
+class PrivateMachine(unittest.TestCase):
+    """What becomes of a machine where the kernel refuses namespaces; an ordinary failure stays one."""
+
+    def status_of(self, unshare, body=lambda: 0):
+        with mock.patch.object(namespace, "_unshare", unshare), \
+             mock.patch("builtins.print") as told:
+            return namespace.in_private_machine(body), told.call_args
+
+    def test_refused_namespaces_skip_the_machine_and_say_why(self):
+        def refuse(_flags):
+            raise OSError(errno.EPERM, "unshare namespaces: Operation not permitted")
+        status, told = self.status_of(refuse, self.fail)
+        self.assertEqual(namespace.SKIPPED, status)
+        self.assertIn("unshare namespaces: Operation not permitted", told.args[0])
+
+    def test_root_that_is_no_mount_point_skips_the_machine(self):
+        with mock.patch.object(namespace, "mount", side_effect=OSError(errno.EINVAL, "mount on /")):
+            status, told = self.status_of(lambda _flags: None, self.fail)
+        self.assertEqual(namespace.SKIPPED, status)
+        self.assertIn("mount on /", told.args[0])
+
+    def test_failure_of_the_machine_itself_is_no_skip(self):
+        def broken():
+            raise OSError(errno.EPERM, "a file of the machine")
+        with mock.patch.object(namespace, "mount"), mock.patch("traceback.print_exc"):
+            status, _ = self.status_of(lambda _flags: None, broken)
+        self.assertEqual(1, status)
 
 
 class Judging(unittest.TestCase):

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Scans one fixture machine with the shipped binary and compares every document with its golden.
 
-QUENLOR_UPDATE_GOLDEN=1 rewrites the goldens; review them like code.
+QUENLOR_UPDATE_GOLDEN=1 rewrites the goldens; review them like code. Exit status: 0 as expected, 1 not,
+77 where nobody may make the namespaces that a machine lives in.
 """
 
 import argparse
@@ -58,11 +59,7 @@ def main():
         print("\n".join(complaints) if complaints else "as expected")
         return 1 if complaints else 0
 
-    try:
-        return namespace.in_private_machine(judge)
-    except OSError as reason:
-        print(f"No fixture machine without namespaces of its own: {reason}", file=sys.stderr)
-        return 1
+    return namespace.in_private_machine(judge)
 
 
 if __name__ == "__main__":

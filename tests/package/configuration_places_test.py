@@ -17,6 +17,7 @@ INSTALLED = "/opt/bin/../etc/quenlor/quenlor.conf"
 SYSTEM = "/etc/quenlor/quenlor.conf"
 ANYBODYS = "/quenlor.conf"  # also the current directory's
 MALFORMED = 21
+SKIPPED = 77  # what ctest is told to count as skipped
 
 
 # Ways to start the program: the name that it gets, and what the kernel is asked to execute.
@@ -73,9 +74,28 @@ def message_of(start, files, quenlor, copy_program):
         return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]), text
 
 
+def may_change_root():
+    """Whether the kernel lets this process enter a root directory of its own."""
+    child = os.fork()
+    if child == 0:
+        try:
+            os.chroot("/")
+            os._exit(0)
+        finally:
+            os._exit(1)
+    return os.waitpid(child, 0)[1] == 0
+
+
 def main():
-    if os.geteuid() != 0:
-        return subprocess.run(["unshare", "-r", sys.executable, *sys.argv]).returncode
+    if not may_change_root():
+        # As root of a user namespace, once; where that is refused too, the test cannot run.
+        inside = "QUENLOR_INSIDE"
+        maps = subprocess.run(["unshare", "-r", "true"], stderr=subprocess.DEVNULL)
+        if maps.returncode != 0 or inside in os.environ:
+            print("skipped: no root directory of its own: chroot: Operation not permitted")
+            return SKIPPED
+        command = ["unshare", "-r", sys.executable, *sys.argv]
+        return subprocess.run(command, env={**os.environ, inside: "1"}).returncode
     build, machines = sys.argv[1:3]
     sys.dont_write_bytecode = True
     sys.path.insert(0, machines)

@@ -29,7 +29,12 @@ read_only() {
   unshare -m sh -c 'mount -t tmpfs none "$1" && touch "$1/old" && mount -o remount,ro "$1" &&
     exec "$2" -c "$3" -o "$1/$4"' sh "$work/readonly" "$program" "$work/scan.xml" "$1"
 }
-if [ "$(id -u)" -eq 0 ]; then
+skipped=''
+if [ "$(id -u)" -ne 0 ]; then
+  skipped='not root'
+elif ! refusal=$(unshare -m mount -t tmpfs none "$work/readonly" 2>&1); then
+  skipped=$refusal
+else
   expect 4 "a new file on a read-only file system" read_only new
   expect 11 "an old file on a read-only file system" read_only old
 fi
@@ -50,5 +55,9 @@ status=0
   ! grep -q '</Hardware>' "$work/traced/trace"; } ||
   { echo "FAILED: a closed standard output: status $status"; failed=1; }
 
-[ "$failed" -eq 0 ] && echo "every output that cannot be written has its status"
-exit "$failed"
+[ "$failed" -eq 0 ] || exit 1
+if [ -n "$skipped" ]; then
+  echo "skipped: no read-only file system: $skipped"
+  exit 77
+fi
+echo "every output that cannot be written has its status"

@@ -11,7 +11,7 @@ import socket
 import subprocess
 import sys
 import traceback
-from contextlib import suppress
+from contextlib import contextmanager, suppress
 
 from harness.numbered import numbered
 
@@ -21,23 +21,51 @@ _NEWPID, _NEWNET = 0x20000000, 0x40000000
 _MS_BIND, _MS_REC, _MS_PRIVATE, _MNT_DETACH = 0x1000, 0x4000, 0x40000, 2
 _PR_SET_PDEATHSIG = 1
 
+SKIPPED = 77  # what ctest is told to count as skipped
+
+
+class Refused(OSError):
+    """Namespaces cannot be had here: a container without the right to make them, a chroot whose root is
+    no mount point, a kernel that keeps them from ordinary users."""
+
 
 def in_private_machine(body):
     """Runs body() in fresh namespaces, as process 1 of its own: whatever it leaves running ends
-    with it. Returns its exit status."""
-    _unshare(_NEWNS | _NEWUTS | _NEWIPC | _NEWNET | _NEWPID)
-    mount(None, "/", None, _MS_REC | _MS_PRIVATE)
+    with it. Returns its exit status, SKIPPED where such a machine cannot be had."""
+    return _status_of(lambda: _in_namespaces(body))
+
+
+def _in_namespaces(body):
+    with _refusable():
+        _unshare(_NEWNS | _NEWUTS | _NEWIPC | _NEWNET | _NEWPID)
+        mount(None, "/", None, _MS_REC | _MS_PRIVATE)
     child = os.fork()
     if child == 0:
         _libc.prctl(_PR_SET_PDEATHSIG, signal.SIGKILL)
-        mount("proc", "/proc", "proc")
-        os._exit(_status_of(body))
+        os._exit(_status_of(lambda: _with_own_processes(body)))
     return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+
+
+def _with_own_processes(body):
+    with _refusable():
+        mount("proc", "/proc", "proc")
+    return body()
+
+
+@contextmanager
+def _refusable():
+    try:
+        yield
+    except OSError as reason:
+        raise Refused(reason.errno, reason.strerror) from reason
 
 
 def _status_of(body):
     try:
         return body()
+    except Refused as reason:
+        print(f"skipped: no namespaces of its own: {reason.strerror}")
+        return SKIPPED
     except Exception:  # as the interpreter would, but without returning into the parent's code
         traceback.print_exc()
         return 1
@@ -72,7 +100,7 @@ def _checked(result, what):
 def mount(source, target, kind=None, flags=0, options=""):
     encoded = [None if text is None else os.fsencode(text) for text in (source, target, kind)]
     _checked(_libc.mount(*encoded, ctypes.c_ulong(flags), options.encode()),
-             f"mount {kind or source} on {target}")
+             f"mount {kind or source or 'private'} on {target}")
 
 
 def mount_tmpfs(target, size):
