@@ -13,6 +13,7 @@
 #include "readers/firmware/smbios/SMBIOSTable.h"
 #include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"
+#include "tests/support/ProcessorTime.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "xmltree/Node.h"
 
@@ -101,12 +102,12 @@ TEST_F(GroupFactoryTest, entityBombsAndExternalEntitiesAreRefusedQuickly) {
     bomb += "'>";
   }
   bomb += "]><Hardware><Group Name='&z;'/></Hardware>";
-  const auto start = std::chrono::steady_clock::now();
+  const auto start = test::processorTime();
   EXPECT_EQ(groupsOf(bomb, 2), Names{});
   EXPECT_EQ(
       groupsOf("<!DOCTYPE H [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><Hardware>&e;</Hardware>", 2),
       Names{});
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  EXPECT_LT(test::processorTime() - start, std::chrono::seconds(2));
 }
 
 TEST_F(GroupFactoryTest, nestingBeyondTheLimitIsAParseError) {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "tests/support/ProcessorTime.h"
 #include "tests/xmltree/Documents.h"
 
 namespace quenlor {
@@ -96,9 +97,9 @@ TEST(ParseNodeSink, aFailedDocumentHasNoNode) {
 TEST(ParseNodeSink, hundredsOfThousandsOfSectionsAreCollectedInLinearTime) {
   std::string text = "<r>";
   for (int i = 0; i < 300000; ++i) text += "<Hardware><Group Name='A'/></Hardware>";
-  const auto start = std::chrono::steady_clock::now();
+  const auto start = test::processorTime();
   EXPECT_EQ(groupsOf(text + "</r>").size(), 600000u);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+  EXPECT_LT(test::processorTime() - start, std::chrono::seconds(20));
 }
 
 TEST(ParseNodeSink, sectionsBelowTheDeepestElementAreFound) {
