@@ -9,14 +9,16 @@ find_package(Threads REQUIRED)
 
 add_library(quenlor_flags INTERFACE)
 target_compile_options(quenlor_flags INTERFACE
-  -Wall -Wextra -Wconversion -Werror -Wshadow -Wnon-virtual-dtor -Wformat=2 -Wno-format-nonliteral)
+  -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor -Wformat=2 -Wno-format-nonliteral
+  $<$<BOOL:${QUENLOR_WERROR}>:-Werror>)
 target_compile_definitions(quenlor_flags INTERFACE _GNU_SOURCE)
 target_include_directories(quenlor_flags INTERFACE "${PROJECT_SOURCE_DIR}/src" "${PROJECT_SOURCE_DIR}")
 target_link_libraries(quenlor_flags INTERFACE Threads::Threads)
 
 if(QUENLOR_SANITIZE)
+  # -g1: functions and lines, which is what a report names; types and variables double an object file.
   target_compile_options(quenlor_flags INTERFACE
-    -fsanitize=${QUENLOR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    -fsanitize=${QUENLOR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g1)
   target_link_options(quenlor_flags INTERFACE -fsanitize=${QUENLOR_SANITIZE})
 else()
   target_compile_options(quenlor_flags INTERFACE
