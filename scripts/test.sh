@@ -1,27 +1,13 @@
 #!/bin/sh
-# Installs what the tests need, builds every configuration and runs every test.
-# Usage: test.sh [release|asan|tsan|tidy ...]; without arguments all of them.
+# Installs what the tests need, builds what is shipped, and tests it: units, fixture machines, fuzz corpora,
+# the package, and one virtual machine of each kind. Sanitizers and style: scripts/check.sh; everything that
+# takes long: scripts/long.sh. Usage: test.sh
 set -eu
 cd "$(dirname "$0")/.."
-scripts/install-packages.sh test
+[ $# -eq 0 ] || { echo "usage: $0" >&2; exit 2; }
+. scripts/parts.sh
 
-jobs=$(nproc)
-
-run_preset() {
-  echo "== $1"
-  cmake --preset "$1"
-  cmake --build --preset "$1" -j "$jobs"
-  # Under a sanitizer the virtual machine would say nothing new and take minutes.
-  case "$1" in
-    release) ctest --preset "$1" -j "$jobs" ;;
-    *) ctest --preset "$1" -j "$jobs" -LE 'vm|package' ;;
-  esac
-}
-
-for what in ${*:-release asan tsan tidy}; do
-  case "$what" in
-    release|asan|tsan) run_preset "$what" ;;
-    tidy) scripts/tidy.sh ;;
-    *) echo "usage: $0 [release|asan|tsan|tidy ...]" >&2; exit 2 ;;
-  esac
-done
+part packages scripts/install-packages.sh test
+part build build release
+[ "$parts_failed" -ne 0 ] || part test run_tests release -LE long
+finish

@@ -1,10 +1,14 @@
 #!/bin/sh
-# Checks the format of all C++ sources, and the program's with clang-tidy and the project's own checks.
+# Checks the program's sources with clang-tidy: all of them, or those that the changes since the merge base
+# reach. Usage: tidy.sh [all|changed]
 set -eu
 cd "$(dirname "$0")/.."
-find . -path ./build -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 |
-  xargs -0 clang-format --dry-run --Werror
-[ -f build/release/compile_commands.json ] || cmake --preset release
-cmake --build --preset release -j "$(nproc)"  # generated sources must exist
-find src tools -name '*.cpp' -print0 |
-  xargs -0 -P "$(nproc)" -n 4 clang-tidy -p build/release --quiet
+what=${1:-all}
+case "$what" in all|changed) ;; *) echo "usage: $0 [all|changed]" >&2; exit 2 ;; esac
+
+# Generated sources must exist; where scripts/test.sh has run, this builds nothing.
+cmake --preset release > /dev/null
+cmake --build --preset release -j "$(nproc)" --target quenlor describe_catalogue
+
+sources=$(scripts/tidy_files.py "$what")
+[ -z "$sources" ] || echo "$sources" | xargs -P "$(nproc)" -n 2 clang-tidy -p build/release --quiet

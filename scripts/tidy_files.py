@@ -1,0 +1,86 @@
+#!/usr/bin/env python3
+"""Names the sources that clang-tidy has to see. Usage: tidy_files.py all|changed
+
+"changed": the sources that differ from the merge base, and those that include a header that differs,
+directly or not; so a change of a header that all share names them all.
+"""
+import pathlib
+import re
+import subprocess
+import sys
+
+FOLDERS = ("src", "tools")
+INCLUDE = re.compile(r'^#include "([^"]+)"', re.MULTILINE)
+# These change how every source is read or judged.
+ABOUT_ALL = re.compile(r"\.clang-tidy|scripts/tidy\S*|CMakePresets\.json|cmake/QuenlorFlags\.cmake")
+# How far back to look where no branch and no release says what is old.
+RECENT = 20
+
+
+def git(*arguments):
+    """Output, or None where git or what it is asked for is missing."""
+    try:
+        run = subprocess.run(["git", *arguments], capture_output=True, text=True)
+    except OSError:
+        return None
+    return run.stdout.strip() if run.returncode == 0 else None
+
+
+def merge_base():
+    """Where this branch left the main one; on the main one itself the last release, else some commits back.
+    None where history does not reach that far, as in a shallow clone."""
+    head = git("rev-parse", "HEAD")
+    for main in ("origin/main", "main"):
+        base = git("merge-base", "HEAD", main)
+        if base and base != head:
+            return base
+    release = git("describe", "--tags", "--abbrev=0", "HEAD^")
+    return release or git("rev-parse", "--verify", "--quiet", f"HEAD~{RECENT}")
+
+
+def changed_since(base):
+    """Paths that differ from `base`, committed or not."""
+    differing = git("diff", "--name-only", "--no-renames", base) or ""
+    untracked = git("ls-files", "--others", "--exclude-standard") or ""
+    return set(differing.splitlines()) | set(untracked.splitlines())
+
+
+def includes_of(path):
+    """Paths of the program's own headers that a source includes; includes are relative to src or the top."""
+    for name in INCLUDE.findall(path.read_text()):
+        for root in ("src", "."):
+            if (found := pathlib.Path(root, name)).exists():
+                yield str(found)
+
+
+def reached_from(changed, files):
+    """The files among `files` that are changed or include one that is reached."""
+    included_by = {}
+    for path in files:
+        for header in includes_of(path):
+            included_by.setdefault(header, set()).add(str(path))
+    reached, waiting = set(), list(changed)
+    while waiting:
+        path = waiting.pop()
+        if path not in reached:
+            reached.add(path)
+            waiting += included_by.get(path, ())
+    return reached
+
+
+def main():
+    files = sorted(path for folder in FOLDERS for path in pathlib.Path(folder).rglob("*")
+                   if path.suffix in (".h", ".cpp"))
+    sources = [str(path) for path in files if path.suffix == ".cpp"]
+    base = merge_base() if sys.argv[1] == "changed" else None
+    if base:
+        changed = changed_since(base)
+        if not any(map(ABOUT_ALL.fullmatch, changed)):
+            reached = reached_from(changed, files)
+            sources = [source for source in sources if source in reached]
+    print(f"clang-tidy: {len(sources)} sources, {'since ' + base if base else 'all'}", file=sys.stderr)
+    print("\n".join(sources))
+
+
+if __name__ == "__main__":
+    main()
