@@ -18,7 +18,7 @@ def groups_of(program):
 def classes_of(source):
     """{identifier in namespace group: class} of the factory's table."""
     text = (source / "src/groups/createGroup.cpp").read_text()
-    return dict(re.findall(r"\{group::(k\w+), create<(\w+)>\}", text))
+    return dict(re.findall(r"\{group::(k\w+), create<(\w+)>[,}]", text))
 
 
 def identifiers_of(source):
