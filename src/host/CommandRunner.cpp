@@ -195,7 +195,7 @@ class CommandRunner::Child {
   }
 
   void drain() {
-    std::array<char, 65536> unwanted;
+    std::array<char, 4096> unwanted;  // the stack of the caller may be small
     for (size_t drained = 0; drained < kDrainLimit;) {
       const ssize_t count = read(unwanted.data(), unwanted.size());
       if (count <= 0) return;

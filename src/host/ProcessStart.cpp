@@ -1,13 +1,17 @@
 #include "host/ProcessStart.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 
 namespace quenlor {
 namespace {
+
+constexpr size_t kThreadStackSize = size_t{2} << 20;
 
 // In ascending order: open() gives the lowest free descriptor, which then is the missing one.
 void openStandardDescriptors() {
@@ -26,6 +30,16 @@ void setDefaultAction(int signal) {
   ::sigaction(signal, &action, nullptr);
 }
 
+// A thread gets the caller's limit for the main stack otherwise, be it 16 KiB or all of the memory:
+// too little for a name service module, or too much to start a thread at all.
+void setThreadStackSize() {
+  pthread_attr_t attributes;
+  if (::pthread_attr_init(&attributes) != 0) return;
+  ::pthread_attr_setstacksize(&attributes, kThreadStackSize);
+  ::pthread_setattr_default_np(&attributes);
+  ::pthread_attr_destroy(&attributes);
+}
+
 }  // namespace
 
 void prepareProcess() {
@@ -36,6 +50,7 @@ void prepareProcess() {
   sigemptyset(&faults);
   sigaddset(&faults, SIGSEGV);  // blocked, the port probe's fault would kill the process
   ::pthread_sigmask(SIG_UNBLOCK, &faults, nullptr);
+  setThreadStackSize();
 }
 
 }  // namespace quenlor

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -410,6 +411,24 @@ TEST_F(CommandRunnerTest, threadsMayRunCommandsAtTheSameTime) {
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(correct, std::vector<int>(kThreads, kRounds));
+}
+
+// The main thread of a program that was started with a small limit for stacks has no more.
+TEST_F(CommandRunnerTest, outputThatNobodyWantsIsThrownAwayOnASmallStack) {
+  pthread_attr_t small;
+  pthread_attr_init(&small);
+  ASSERT_EQ(pthread_attr_setstacksize(&small, size_t{64} << 10), 0);
+  pthread_t thread{};
+  const auto finishUnread = [](void* commands) -> void* {
+    auto* own = static_cast<CommandRunner*>(commands);
+    FILE* stream = own->start("head -c 200000 /dev/zero");
+    return stream != nullptr && own->finish(stream) == 0 ? commands : nullptr;
+  };
+  ASSERT_EQ(pthread_create(&thread, &small, finishUnread, &runner), 0);
+  void* result = nullptr;
+  pthread_join(thread, &result);
+  pthread_attr_destroy(&small);
+  EXPECT_EQ(result, &runner);
 }
 
 }  // namespace

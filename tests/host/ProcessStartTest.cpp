@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -110,6 +111,33 @@ TEST(ProcessStart, umaskAndEnvironmentStayTheCallers) {
     ::setenv("LC_ALL", "xx_YY", 1);
     prepareProcess();
     return ::umask(0) == 027 && std::strcmp(::getenv("LC_ALL"), "xx_YY") == 0;
+  }));
+}
+
+// Size of the stack that a new thread of this process gets.
+size_t stackOfNewThread() {
+  pthread_t thread{};
+  size_t size = 0;
+  const auto measure = [](void* result) -> void* {
+    pthread_attr_t own;
+    pthread_getattr_np(pthread_self(), &own);
+    pthread_attr_getstacksize(&own, static_cast<size_t*>(result));
+    pthread_attr_destroy(&own);
+    return nullptr;
+  };
+  if (pthread_create(&thread, nullptr, measure, &size) != 0) return 0;
+  pthread_join(thread, nullptr);
+  return size;
+}
+
+TEST(ProcessStart, threadsHaveAStackOfTheirOwnSize_whateverLimitTheCallerLeft) {
+  EXPECT_TRUE(holdsInChild([] {
+    pthread_attr_t small;
+    pthread_attr_init(&small);
+    pthread_attr_setstacksize(&small, size_t{64} << 10);  // as a limit of 64 KiB makes it
+    pthread_setattr_default_np(&small);
+    prepareProcess();
+    return stackOfNewThread() >= size_t{2} << 20;
   }));
 }
 

@@ -14,8 +14,8 @@ from harness.programs import copy_program
 SHELL = "/bin/dash"
 BUSYBOX = "/bin/busybox"
 # What /init uses from busybox. The scanner's own commands are never among them, except cat and rm.
-APPLETS = ("cat", "chmod", "cut", "grep", "ln", "ls", "mkdir", "mv", "poweroff", "rm", "sed", "sleep",
-           "swapon", "tar", "tr", "uname")
+APPLETS = ("cat", "chmod", "cut", "grep", "head", "ln", "ls", "mkdir", "mkfifo", "mv", "poweroff", "rm",
+           "sed", "sleep", "swapon", "tar", "tr", "uname")
 # Programs of the guest and the Debian package each comes from.
 TOOLS = {
     "/usr/sbin/dmidecode": "dmidecode", "/usr/bin/sg_inq": "sg3-utils",
@@ -27,10 +27,11 @@ TOOLS = {
 # Names by which the scanner calls some of them.
 LINKS = {"sbin/modprobe": "kmod", "sbin/fdisk": "fdisk", "sbin/lspci": "lspci",
          "sbin/ifconfig": "ifconfig", "sbin/ip": "ip", "bin/mount": "mount", "bin/ps": "ps"}
-HELPERS = ("port_access", "drive_geometry")
+HELPERS = ("port_access", "drive_geometry", "hold_node")
 MODULES = (
     "sym53c8xx", "ata_piix", "sd_mod", "sr_mod", "sg", "floppy", "e1000", "virtio_pci",
     "virtio_console", "crc32c_generic", "ext4", "vfat", "nls_cp437", "nls_ascii", "nls_iso8859-1",
+    "vmw_pvscsi", "scsi_debug",
 )
 
 

@@ -42,11 +42,7 @@ def devices_arguments(work):
     for number, values in FIRMWARE.items():
         texts = ",".join(f"{key}={value}" for key, value in values.items())
         arguments += ["-smbios", f"type={number},{texts}"]
-    for drive in DRIVES:
-        medium = _medium(work, drive["id"], drive["mebibytes"] * 1024, drive.get("content"))
-        kind = "cdrom,readonly=on" if "-cd," in drive["device"] else "disk"
-        arguments += ["-drive", f"if=none,id={drive['id']},file={medium},format=raw,media={kind}",
-                      "-device", f"{drive['device']},drive={drive['id']}"]
+    arguments += _drive_arguments(work, DRIVES)
     arguments += ["-drive", f"if=floppy,file={_medium(work, 'floppy', 1440, 'dos')},format=raw"]
     for i, mac in enumerate(MACS):
         arguments += ["-netdev", f"hubport,id=net{i},hubid={i}",
@@ -59,7 +55,34 @@ def processors_arguments(_work):
     return ["-m", "512", "-smp", "sockets=2,cores=2,threads=2"]
 
 
-SCENARIOS = {"devices": devices_arguments, "processors": processors_arguments}
+def pvscsi_arguments(work):
+    """Two disks and a CD behind the paravirtual adapter."""
+    drives = ({"id": "pv0", "device": "scsi-hd,bus=hba.0,scsi-id=0,vendor=ACME,product=PV DISK,"
+               "serial=PV-SN-0", "mebibytes": 16},
+              {"id": "pv1", "device": "scsi-hd,bus=hba.0,scsi-id=1,vendor=ACME,product=PV DISK,"
+               "serial=PV-SN-1", "mebibytes": 16},
+              {"id": "pv2", "device": "scsi-cd,bus=hba.0,scsi-id=2,vendor=ACME,product=PV CDROM,"
+               "serial=PV-SN-2", "mebibytes": 4})
+    return ["-m", "512", "-device", "pvscsi,id=hba", *_drive_arguments(work, drives)]
+
+
+def nodes_arguments(_work):
+    """The guest makes its drives itself."""
+    return ["-m", "1024"]
+
+
+SCENARIOS = {"devices": devices_arguments, "processors": processors_arguments,
+             "pvscsi": pvscsi_arguments, "nodes": nodes_arguments}
+
+
+def _drive_arguments(work, drives):
+    arguments = []
+    for drive in drives:
+        medium = _medium(work, drive["id"], drive["mebibytes"] * 1024, drive.get("content"))
+        kind = "cdrom,readonly=on" if "-cd," in drive["device"] else "disk"
+        arguments += ["-drive", f"if=none,id={drive['id']},file={medium},format=raw,media={kind}",
+                      "-device", f"{drive['device']},drive={drive['id']}"]
+    return arguments
 
 
 def _medium(work, name, kibibytes, content=None):

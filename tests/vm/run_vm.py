@@ -2,7 +2,7 @@
 """Builds the virtual machine's image, or boots one scenario and compares what the scanner said there.
 
     run_vm.py --work DIR image --build DIR --helpers DIR
-    run_vm.py --work DIR devices|processors
+    run_vm.py --work DIR devices|processors|pvscsi|nodes
 """
 
 import argparse
@@ -15,12 +15,15 @@ HERE = Path(__file__).resolve().parent
 sys.path[:0] = [str(HERE), str(HERE.parent / "machines")]
 
 import compare_devices  # noqa: E402
+import compare_nodes  # noqa: E402
 import compare_processors  # noqa: E402
+import compare_pvscsi  # noqa: E402
 import image  # noqa: E402
 import qemu  # noqa: E402
 from comparison import Comparison  # noqa: E402
 
-COMPARE = {"devices": compare_devices.compare, "processors": compare_processors.compare}
+COMPARE = {"devices": compare_devices.compare, "processors": compare_processors.compare,
+           "pvscsi": compare_pvscsi.compare, "nodes": compare_nodes.compare}
 BOOT_LIMIT = 240  # seconds; a boot takes about 20 on an idle machine, many times that on a busy one
 
 

@@ -27,7 +27,7 @@ int gatherFloppyDriveInformation(StorageCollection& collection) {
   DriveCounter& counter = collection.enumeration.counter;
   int added = 0;
   while (const DrivePath node = DrivePath(getNextDrive(counter, kFloppyPrefix, 0))) {
-    const floppyinfo info(node.get());
+    const floppyinfo info(node.get(), collection.opener);
     if (info.errorcode() != 0) continue;
     addDriveRow(collection, describe(info));
     ++added;

@@ -40,7 +40,7 @@ int gatherIDEDriveInformation(StorageCollection& collection) {
   const TraceFunction at{kSourcePath, "gatherIDEDriveInformation()"};
   int added = 0;
   for (const std::string& directory : ideDriveDirectories()) {
-    addDriveRow(collection, describe(ideinfo(directory.c_str())));
+    addDriveRow(collection, describe(ideinfo(directory.c_str(), collection.opener)));
     ++added;
     getCcLogHw()->traceMAX(at(), "hardware %s %d", "Add IDE index=>", collection.index);
   }

@@ -1,4 +1,5 @@
 // SCSI devices of every kind, through their generic nodes.
+#include <cstdio>
 #include <optional>
 
 #include "groups/storage/StorageGatherers.h"
@@ -62,11 +63,16 @@ void setGeometry(StorageDrive& drive, const ScsiSources& sources) {
   }
 }
 
+void reportHeld(const char* node) {
+  std::fprintf(stderr, "quenlor: %s is held exclusively by another process and is left out\n",
+               node);
+}
+
 // Nothing for a node that answers to neither source, or whose device is no storage.
 std::optional<StorageDrive> describe(const char* node, ScsiNodes& nodes) {
   const TraceFunction at{kSourcePath, "gatherSCSIDriveInformation()"};
   CcLogWrapper* log = getCcLogHw();
-  const scsiinfo inquiry(node);
+  const scsiinfo inquiry(node, nodes.opener);
   log->traceMAX(at(), "hardware %s %d", "SCSI errorcode=", inquiry.errorcode());
   if (inquiry.errorcode() == scsiinfo::kNoDevice) return std::nullopt;
 
@@ -74,7 +80,10 @@ std::optional<StorageDrive> describe(const char* node, ScsiNodes& nodes) {
   get_scsi_info(node, nodes, found);
   const std::unique_ptr<SCSIInfo> kernel(found);
   const ScsiSources sources{inquiry, kernel.get()};
-  if (sources.inquiryFailed() && kernel == nullptr) return std::nullopt;
+  if (sources.inquiryFailed() && kernel == nullptr) {
+    if (inquiry.isHeld()) reportHeld(node);
+    return std::nullopt;
+  }
 
   StorageDrive drive;
   drive.type =
@@ -134,7 +143,7 @@ int resolveSCSItype(int peripheralType) {
 int gatherSCSIDriveInformation(StorageCollection& collection) {
   const TraceFunction at{kSourcePath, "gatherSCSIDriveInformation()"};
   CcLogWrapper* log = getCcLogHw();
-  ScsiNodes deviceNodes;
+  ScsiNodes deviceNodes(collection.opener);
   GenericNodes generic(collection.enumeration.counter);
   int added = 0;
   for (DrivePath node = generic.first(); node != nullptr; node = generic.next()) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "readers/storage/DeviceOpener.h"
 #include "tables/VelTable.h"
 
 namespace quenlor {
@@ -46,6 +47,7 @@ struct StorageCollection {
   VelTable& table;
   DriveEnumeration& enumeration;
   int index = 0;  // of the last row; runs on across all kinds of drives
+  DeviceOpener opener{};
 };
 
 // Cylinders, sectors, heads and size in decimal digits without anything between them. The size is

@@ -1,6 +1,7 @@
 #include "readers/storage/RaidStatus.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "host/Handles.h"
 #include "log/CcLogWrapper.h"
@@ -14,11 +15,12 @@ constexpr const char* kDac960StatusFile = "/proc/rd/c0/current_status";
 constexpr const char* kCompaqFile = "/proc/driver/cciss/cciss0";
 constexpr const char* kMountCommand = "/bin/mount";
 constexpr const char* kCcissDriver = "cciss";
+constexpr std::string_view kBlockCount = "nr_blocks";
 constexpr size_t kLineSize = 256;
 
 using Lines = std::vector<std::string>;
 
-bool contains(const std::string& line, const char* text) {
+bool contains(const std::string& line, std::string_view text) {
   return line.find(text) != std::string::npos;
 }
 
@@ -44,6 +46,15 @@ RAIDLogicalDrive parseLogicalDrive(const std::string& line) {
   return {std::string(name), leadingNumber(tokenAt(tokens, 3))};
 }
 
+// "cciss/c0d0: blksz=512 nr_blocks=71122560"; the block size may as well stand behind. 0 without a
+// number.
+uint64_t blockCount(const std::string& line) {
+  std::string_view rest(line);
+  rest.remove_prefix(rest.find(kBlockCount) + kBlockCount.size());
+  rest.remove_prefix(std::min(rest.find_first_not_of(" \t"), rest.size()));
+  return rest.starts_with('=') ? leadingNumber(rest.substr(1)) : 0;
+}
+
 }  // namespace
 
 RAIDInfo parseDac960Status(const Lines& lines) {
@@ -55,14 +66,10 @@ RAIDInfo parseDac960Status(const Lines& lines) {
   return info;
 }
 
-// "cciss/c0d0: blksz=512 nr_blocks=71122560": the block size's '=' comes first.
 std::vector<unsigned long> parseCompaqVolumes(const Lines& lines) {
   std::vector<unsigned long> sizes;
   for (const std::string& line : lines) {
-    if (!contains(line, "nr_blocks")) continue;
-    const size_t equals = line.rfind('=');
-    const std::string blocks = equals == std::string::npos ? "" : line.substr(equals + 1);
-    sizes.push_back(leadingNumber(blocks) >> 10);
+    if (contains(line, kBlockCount)) sizes.push_back(blockCount(line) >> 10);
   }
   return sizes;
 }

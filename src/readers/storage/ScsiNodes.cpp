@@ -70,7 +70,7 @@ std::string ScsiNodeKind::find(const ScsiAddress& address) {
   while (!m_unread.empty()) {
     std::string path = std::move(m_unread.back());
     m_unread.pop_back();
-    const Descriptor node(host().open(path.c_str(), O_RDONLY | O_NONBLOCK, 0));
+    const Descriptor node = m_opener.open(path, O_RDONLY);
     if (!node) {
       getCcLogHw()->traceMIN(at(), "hardware %s: error opening device '%s'.", "get_scsi_info",
                              path.c_str());
@@ -93,9 +93,10 @@ void ScsiNodeKind::listNodes() {
 }
 
 std::string diskOfGenericNode(const char* sgNode) {
-  const Descriptor node(host().open(sgNode, O_RDONLY | O_NONBLOCK, 0));
+  DeviceOpener opener;
+  const Descriptor node = opener.open(sgNode, O_RDONLY);
   if (!node) return "";
-  ScsiNodes nodes;
+  ScsiNodes nodes(opener);
   return nodes.disks.find(scsiAddressOf(node.get()));
 }
 

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "readers/storage/DeviceOpener.h"
+
 namespace quenlor {
 
 // The packed SCSI address of an open node: bits 0-7 id, 8-15 lun, 16-23 channel, 24-31 host; -1
@@ -32,7 +34,8 @@ ScsiAddress scsiAddressOf(int fd);
 class ScsiNodeKind {
  public:
   // prefix "sd", "sr" or "st"; its nodes go on with a letter or two, the others with a number.
-  explicit ScsiNodeKind(const char* prefix) : m_prefix(prefix) {}
+  // The opener must outlive it.
+  ScsiNodeKind(const char* prefix, DeviceOpener& opener) : m_prefix(prefix), m_opener(opener) {}
 
   // Path of the device's node of this kind; empty when it has none.
   std::string find(const ScsiAddress& address);
@@ -46,16 +49,20 @@ class ScsiNodeKind {
   void listNodes();
 
   std::string m_prefix;
+  DeviceOpener& m_opener;
   bool m_listed = false;
   std::vector<std::string> m_unread;  // paths not opened yet, the next one last
   std::vector<Node> m_known;
 };
 
-// The three kinds together; kept for one collection.
+// The three kinds together; kept for one collection, as is the opener, which must outlive them.
 struct ScsiNodes {
-  ScsiNodeKind disks{"sd"};
-  ScsiNodeKind removables{"sr"};
-  ScsiNodeKind tapes{"st"};
+  explicit ScsiNodes(DeviceOpener& openerOfAll) : opener(openerOfAll) {}
+
+  DeviceOpener& opener;
+  ScsiNodeKind disks{"sd", opener};
+  ScsiNodeKind removables{"sr", opener};
+  ScsiNodeKind tapes{"st", opener};
 };
 
 // Path of the disk behind a generic SCSI node; empty when it is no disk.

@@ -1,5 +1,7 @@
 #include "readers/storage/SgModule.h"
 
+#include <optional>
+
 #include "host/Handles.h"
 #include "host/LineReader.h"
 #include "host/SecureTemporary.h"
@@ -25,16 +27,25 @@ bool exists(const char* path) {
   return host().stat(path, &status) == 0;
 }
 
-// False when the command was not run: nothing may be written under a name in /tmp that is not ours.
-bool runModprobe() {
-  if (!secureTemporaryFile(kErrorFile)) return false;
-  if (CommandStream(kLoadCommand)) return true;
+void removeErrorFile() {
   host().unlink(kErrorFile);
-  return false;
+  sgLeftovers().errorFile = false;
 }
 
-// With --first-time modprobe complains when the module was there already; silence means that it was
-// loaded now. What cannot be read counts as a complaint, so that nobody else's module is unloaded.
+// Wait status of modprobe. Nothing when the command was not run: nothing may be written under a
+// name in /tmp that is not ours.
+std::optional<int> runModprobe() {
+  if (!secureTemporaryFile(kErrorFile)) return std::nullopt;
+  sgLeftovers().errorFile = true;
+  CommandStream modprobe(kLoadCommand);
+  if (modprobe) return modprobe.close();
+  removeErrorFile();
+  return std::nullopt;
+}
+
+// With --first-time modprobe complains when the module was there already. What cannot be read
+// counts as a complaint, so that nobody else's module is unloaded. Silence alone says nothing: a
+// modprobe that hung, was killed or could not write its message is silent too.
 bool modprobeWasSilent() {
   CommandStream output(kShowErrorCommand);
   const bool complained = LineReader(output.get(), kLineSize).next();
@@ -43,17 +54,31 @@ bool modprobeWasSilent() {
 
 }  // namespace
 
+SgLeftovers& sgLeftovers() {
+  static SgLeftovers leftovers;
+  return leftovers;
+}
+
+void removeSgLeftovers() {
+  if (sgLeftovers().errorFile) removeErrorFile();
+  if (sgLeftovers().module) unloadSG();
+}
+
 int loadSG() {
   const TraceFunction at{kSourcePath, "loadSG()"};
   CcLogWrapper* log = getCcLogHw();
-  if (!runModprobe()) {
+  const std::optional<int> modprobeStatus = runModprobe();
+  if (!modprobeStatus) {
     log->traceMIN(at(), "hardware %s", "popen fp = NULL");
     return 0;
   }
   log->traceMAX(at(), "hardware %s", "popen fp != NULL");
-  const bool loaded = modprobeWasSilent();
+  const bool loaded = modprobeWasSilent() && *modprobeStatus == 0;
+  sgLeftovers().module = loaded;
   log->traceMAX(at(), "hardware %s", loaded ? "Module sg was OFF" : "Module sg was ON");
-  CommandStream(kRemoveErrorCommand).close();
+  // Where the limit for descriptors or processes is tight, the command may not be startable now.
+  if (CommandStream(kRemoveErrorCommand).close() != 0) host().unlink(kErrorFile);
+  sgLeftovers().errorFile = false;
   return loaded ? 1 : 0;
 }
 
@@ -76,6 +101,7 @@ void unloadSG() {
   const TraceFunction at{kSourcePath, "unloadSG()"};
   getCcLogHw()->traceMAX(at(), "hardware Unload SG MODULE");
   CommandStream(kUnloadCommand).close();
+  sgLeftovers().module = false;
 }
 
 }  // namespace quenlor

@@ -32,9 +32,16 @@ std::string driveTypeOf(const floppy_drive_name& name) {
 
 }  // namespace
 
-floppyinfo::floppyinfo(const char* device)
-    : m_fd(itaniumIA64() ? -1 : host().open(device, O_RDONLY | O_NONBLOCK, 0)) {
+floppyinfo::floppyinfo(const char* device) {
+  DeviceOpener opener;
+  probe(device, opener);
+}
+
+floppyinfo::floppyinfo(const char* device, DeviceOpener& opener) { probe(device, opener); }
+
+void floppyinfo::probe(const char* device, DeviceOpener& opener) {
   const TraceFunction at{kSourcePath, "floppyinfo()"};
+  if (!itaniumIA64()) m_fd = opener.open(device, O_RDONLY);
   if (m_fd.get() < 1) {
     m_errorcode = kCannotOpen;
   } else {

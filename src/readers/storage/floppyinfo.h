@@ -4,6 +4,7 @@
 #include <string>
 
 #include "host/Handles.h"
+#include "readers/storage/DeviceOpener.h"
 
 namespace quenlor {
 
@@ -13,6 +14,8 @@ class floppyinfo {
 
   // device is a node such as "/dev/fd0". Asks everything; Itanium machines are not asked.
   explicit floppyinfo(const char* device);
+  // The same for one of the drives of a collection.
+  floppyinfo(const char* device, DeviceOpener& opener);
 
   // 0 when geometry or drive type could be determined, kCannotOpen, else the last errno seen.
   int errorcode() const { return m_errorcode; }
@@ -31,6 +34,7 @@ class floppyinfo {
   static bool itaniumIA64();
 
  private:
+  void probe(const char* device, DeviceOpener& opener);
   int determineGeometry();
   int determineType();
 

@@ -68,15 +68,24 @@ std::optional<IdeGeometry> parseLogicalGeometry(const std::string& line) {
 }
 
 ideinfo::ideinfo(const char* dir) : m_dir(dir), m_name(lastComponent(m_dir)) {
+  DeviceOpener opener;
+  probe(opener);
+}
+
+ideinfo::ideinfo(const char* dir, DeviceOpener& opener) : m_dir(dir), m_name(lastComponent(m_dir)) {
+  probe(opener);
+}
+
+void ideinfo::probe(DeviceOpener& opener) {
   const TraceFunction at{kSourcePath, "ideinfo()"};
   m_type = firstLine("media", kLineSize);
   if (!contains(m_type, "cdrom")) {
-    readGeometry();
+    readGeometry(opener);
     readCapacity();
-    askDrive();
+    askDrive(opener);
   }
   readModel();
-  getCcLogHw()->traceMAX(at(), "hardware %s %s %d", "ideinfo", dir, m_errorcode);
+  getCcLogHw()->traceMAX(at(), "hardware %s %s %d", "ideinfo", m_dir.c_str(), m_errorcode);
 }
 
 bool ideinfo::removable() const { return !contains(m_type, "disk"); }
@@ -100,7 +109,7 @@ std::string ideinfo::firstLine(const char* file, size_t bufferSize) {
 
 // Sectors and heads change places here: the digests that identify drives have been built from the
 // crossed numbers ever since. The ioctl's numbers are in their proper places.
-void ideinfo::readGeometry() {
+void ideinfo::readGeometry(DeviceOpener& opener) {
   const FileStream stream = openFile((m_dir + "/geometry").c_str());
   LineReader reader(stream.get(), kLineSize);
   while (reader.next()) {
@@ -112,21 +121,21 @@ void ideinfo::readGeometry() {
     m_heads = geometry->third;
     return;
   }
-  askGeometry();
+  askGeometry(opener);
 }
 
-int ideinfo::openDevice() {
+Descriptor ideinfo::openDevice(DeviceOpener& opener) {
   if (m_name.empty()) {
     m_errorcode = -1;
-    return -1;
+    return Descriptor();
   }
-  const int fd = host().open(("/dev/" + m_name).c_str(), O_RDONLY | O_NONBLOCK, 0);
-  if (fd < 0) m_errorcode = errno;
-  return fd;
+  Descriptor device = opener.open("/dev/" + m_name, O_RDONLY);
+  if (!device) m_errorcode = errno;
+  return device;
 }
 
-void ideinfo::askGeometry() {
-  const Descriptor device(openDevice());
+void ideinfo::askGeometry(DeviceOpener& opener) {
+  const Descriptor device = openDevice(opener);
   if (!device) return;
   hd_geometry geometry = {};
   if (host().ioctl(device.get(), HDIO_GETGEO, &geometry) != 0) {
@@ -143,8 +152,8 @@ void ideinfo::readCapacity() {
   m_totalsize = sectors == kUnknownCapacity ? 0 : sectors / 2;
 }
 
-void ideinfo::askDrive() {
-  const Descriptor device(openDevice());
+void ideinfo::askDrive(DeviceOpener& opener) {
+  const Descriptor device = openDevice(opener);
   m_security = -1;
   if (!device) return;
   askSerialNumber(device.get());

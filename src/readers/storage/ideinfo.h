@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "readers/storage/DeviceOpener.h"
+
 namespace quenlor {
 
 // The numbers of a "geometry" file's line "logical      1023/255/63", in the file's order; nothing
@@ -21,6 +23,8 @@ class ideinfo {
  public:
   // dir is a drive directory such as "/proc/ide/ide0/hda". Reads everything.
   explicit ideinfo(const char* dir);
+  // The same for one of the drives of a collection.
+  ideinfo(const char* dir, DeviceOpener& opener);
 
   // Last errno seen, -1 when dir names no device, 0 when all went well.
   int errorcode() const { return m_errorcode; }
@@ -44,15 +48,16 @@ class ideinfo {
   std::string nextIDEdisk() const;
 
  private:
+  void probe(DeviceOpener& opener);
   std::string firstLine(const char* file, size_t bufferSize);
-  void readGeometry();
-  void askGeometry();
+  void readGeometry(DeviceOpener& opener);
+  void askGeometry(DeviceOpener& opener);
   void readCapacity();
-  void askDrive();
+  void askDrive(DeviceOpener& opener);
   void askSerialNumber(int fd);
   void askSecurity(int fd);
   void readModel();
-  int openDevice();
+  Descriptor openDevice(DeviceOpener& opener);
 
   std::string m_dir;
   std::string m_name;  // "hda"; empty when dir has no last component

@@ -104,10 +104,10 @@ std::optional<SCSIIdentity> identify(int fd, const char* sgNode) {
   return identity;
 }
 
-SCSIDiskData readDiskData(const std::string& path) {
+SCSIDiskData readDiskData(const std::string& path, DeviceOpener& opener) {
   const TraceFunction at{kSourcePath, "get_scsi_info()"};
   SCSIDiskData data;
-  const Descriptor disk(host().open(path.c_str(), O_RDONLY | O_NONBLOCK, 0));
+  const Descriptor disk = opener.open(path, O_RDONLY);
   if (!disk) {
     getCcLogHw()->traceMIN(at(), "hardware %s: error opening device '%s'.", kName, path.c_str());
     return data;
@@ -143,7 +143,7 @@ std::unique_ptr<SCSIInfo> describe(int fd, const char* sgNode, SCSIIdentity iden
   if (const std::string path = nodes.disks.find(address); !path.empty()) {
     traceMapped(at, sgNode, path);
     getCcLogHw()->traceMAX(at(), "hardware %s: SCSI disk device detected.", kName);
-    return std::make_unique<SCSIDiskInfo>(std::move(identity), readDiskData(path));
+    return std::make_unique<SCSIDiskInfo>(std::move(identity), readDiskData(path, nodes.opener));
   }
   if (const std::string path = nodes.removables.find(address); !path.empty()) {
     traceMapped(at, sgNode, path);
@@ -164,14 +164,15 @@ std::unique_ptr<SCSIInfo> describe(int fd, const char* sgNode, SCSIIdentity iden
 }  // namespace
 
 int get_scsi_info(const char* sgNode, SCSIInfo*& out) {
-  ScsiNodes nodes;
+  DeviceOpener opener;
+  ScsiNodes nodes(opener);
   return get_scsi_info(sgNode, nodes, out);
 }
 
 int get_scsi_info(const char* sgNode, ScsiNodes& nodes, SCSIInfo*& out) {
   const TraceFunction at{kSourcePath, "get_scsi_info()"};
   out = nullptr;
-  const Descriptor node(host().open(sgNode, O_RDONLY | O_NONBLOCK, 0));
+  const Descriptor node = nodes.opener.open(sgNode, O_RDONLY);
   if (!node) {
     getCcLogHw()->traceMIN(at(), "hardware %s: error opening device '%s'.", kName, sgNode);
     return 0;

@@ -3,8 +3,10 @@
 #include <fcntl.h>
 #include <scsi/scsi.h>
 #include <scsi/sg.h>
+#include <sys/ioctl.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -51,12 +53,24 @@ sg_header headerOf(const char* packet) {
   return header;
 }
 
+// The device itself has declined the command. Some adapters (pvscsi) report that as a failure of
+// their own, and the driver then gives a result; the sense data can only come from the device.
+bool hasDeclined(const sg_header& header) {
+  return senseKeyOf(header.sense_buffer) > kRecoveredError;
+}
+
 // The driver's result is 0 also for a command that the device refused.
 bool wasRefused(const sg_header& header) {
   if (header.host_status != 0) return true;
   const int key = senseKeyOf(header.sense_buffer);
   if (key == kRecoveredError && header.target_status <= kCheckCondition) return false;
   return header.target_status != 0 || header.driver_status != 0 || key > kRecoveredError;
+}
+
+// Only to open the node must not wait; the answer to a command that was sent must.
+void waitForAnswers(int fd) {
+  int nonBlocking = 0;
+  host().ioctl(fd, FIONBIO, &nonBlocking);
 }
 
 // A write or read that moved fewer bytes than asked: its count, which never passes for success.
@@ -83,13 +97,23 @@ struct scsiinfo::Command {
   std::array<char, kHeaderSize + kAllocationLength> reply{};
 };
 
-scsiinfo::scsiinfo(const char* node) : m_fd(host().open(node, O_RDWR, 0)) {
+scsiinfo::scsiinfo(const char* node) {
+  DeviceOpener opener;
+  probe(node, opener);
+}
+
+scsiinfo::scsiinfo(const char* node, DeviceOpener& opener) { probe(node, opener); }
+
+void scsiinfo::probe(const char* node, DeviceOpener& opener) {
   const TraceFunction at{kSourcePath, "scsiinfo()"};
+  m_fd = opener.open(node, O_RDWR);
   if (!m_fd) {
+    m_isHeld = errno == EBUSY;
     m_errorcode = kCannotOpen;
     getCcLogHw()->traceMIN(at(), "hardware %s %s", "cannot open", node);
     return;
   }
+  waitForAnswers(m_fd.get());
   m_headerLength = kHeaderSize;
   const int result = getSCSIinfo(node);
   if (result == kSequenceFailed) m_errorcode = kInquiryFailed;
@@ -102,8 +126,11 @@ int scsiinfo::getSCSIinfo(const char* node) {
   bool hasSerialNumber = false;
   if (result == 0) result = checkVPDPage(kUnitSerialNumber, hasSerialNumber);
   if (result == 0 && hasSerialNumber) result = determineSCSIserialnumber();
-  if (result == 0) result = determineSCSIgeometry();
   CcLogWrapper* log = getCcLogHw();
+  // What the device has told by now stays true when it answers no more.
+  if (result == 0 && determineSCSIgeometry() != 0) {
+    log->traceMIN(at(), "hardware %s %s", "no geometry of", node);
+  }
   if (result == 0) {
     log->traceMAX(at(), "hardware %s %s %d", "getSCSIinfo", node, result);
   } else {
@@ -134,7 +161,7 @@ int scsiinfo::doSCSIcmd(unsigned cmdLen, unsigned inLen, char* buffer, unsigned 
   if (received < 0) std::perror("quenlor: reading from the SCSI device");
   if (received != replySize) return asFailure(received);
   const sg_header answer = headerOf(reply);
-  if (answer.result != 0) return answer.result;
+  if (answer.result != 0) return hasDeclined(answer) ? kRefused : answer.result;
   return wasRefused(answer) ? kRefused : 0;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/Handles.h"
+#include "readers/storage/DeviceOpener.h"
 
 namespace quenlor {
 
@@ -21,6 +22,8 @@ class scsiinfo {
 
   // Opens the node and asks for everything.
   explicit scsiinfo(const char* node);
+  // The same for one of the nodes of a collection.
+  scsiinfo(const char* node, DeviceOpener& opener);
 
   int errorcode() const { return m_errorcode; }
   unsigned long numheads() const { return m_heads; }
@@ -34,6 +37,7 @@ class scsiinfo {
   const char* serialnumber() const { return m_serialNumber.c_str(); }
   bool mediapresent() const { return m_totalsize != 0; }
   bool isdevicevalid() const { return m_errorcode == 0; }
+  bool isHeld() const { return m_isHeld; }  // another process has opened the node for itself alone
 
   // Sends the command at byte 36 of buffer, with inLen bytes of data behind it, and reads up to
   // replyLen bytes to byte 36 of reply; the first 36 bytes of both are the driver's header. 0 when
@@ -49,6 +53,7 @@ class scsiinfo {
  private:
   struct Command;  // one command with its reply
 
+  void probe(const char* node, DeviceOpener& opener);
   int getSCSIinfo(const char* node);
   int determineSCSIvendor();
   int checkVPDPage(unsigned char page, bool& present);
@@ -58,6 +63,7 @@ class scsiinfo {
   int readModePage(unsigned char page, size_t end, Command& command);
 
   Descriptor m_fd;
+  bool m_isHeld = false;
   int m_errorcode = 0;
   unsigned long m_headerLength = 36;
   unsigned long m_heads = 0;

@@ -253,6 +253,16 @@ TEST_F(StorageGroupTest, scsiSerialNumberComesFromItsPageWhereTheInquiryHasNone)
   EXPECT_EQ(valueOf(rows()[0], kSerialNumber), "VPD-12345");
 }
 
+TEST_F(StorageGroupTest, scsiSerialNumberIsKeptWhereTheAdapterReportsRefusedGeometryAsItsError) {
+  ScriptedSgDevice disk;
+  disk.refusalIsHostError = true;
+  disk.setSerialNumber("PV-SN-0");
+  addGeneric({&disk});
+  const auto table = rows();
+  ASSERT_EQ(table.size(), 1U);
+  EXPECT_EQ(valueOf(table[0], kSerialNumber), "PV-SN-0");
+}
+
 TEST_F(StorageGroupTest, blanksWithinAScsiSerialNumberStay) {
   ScriptedSgDevice disk;
   disk.setSerialNumber("  WD- WCA 12 ");
@@ -393,6 +403,28 @@ TEST_F(StorageGroupTest, sixtyFourNodesCostTheirPausesOnly) {
       std::count_if(machine.opened.begin(), machine.opened.end(),
                     [](const std::string& path) { return path.starts_with("/dev/s"); });
   EXPECT_EQ(deviceOpens, 4 * 64);
+}
+
+// A node that answers EBUSY, as the sg driver does when it must not wait.
+TEST_F(StorageGroupTest, nodeThatAnotherProcessHoldsIsLeftOutAndNamed) {
+  ScriptedSgDevice first;
+  ScriptedSgDevice held;
+  ScriptedSgDevice last;
+  addGeneric({&first, &held, &last});
+  machine.openErrors["/dev/sg1"] = EBUSY;
+  ::testing::internal::CaptureStderr();
+  EXPECT_EQ(rows().size(), 2U);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "quenlor: /dev/sg1 is held exclusively by another process and is left out\n");
+}
+
+TEST_F(StorageGroupTest, nodeThatCannotBeOpenedForAnotherReasonIsSkippedInSilence) {
+  ScriptedSgDevice disk;
+  addGeneric({&disk});
+  machine.openErrors["/dev/sg0"] = ENXIO;
+  ::testing::internal::CaptureStderr();
+  EXPECT_TRUE(rows().empty());
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
 }
 
 TEST_F(StorageGroupTest, floppyRowHasItsSizeInKilobytesInTheDigest) {

@@ -243,7 +243,8 @@ TEST_F(GetScsiInfoTest, vendorSpecificBytesCountOnlyAsFarAsAnnounced) {
 
 TEST_F(GetScsiInfoTest, aWalkOpensEachDeviceNodeOnceToCompareIt) {
   ScriptedSgDevice disks[20];
-  ScsiNodes nodes;
+  DeviceOpener opener;
+  ScsiNodes nodes(opener);
   for (int i = 0; i < 20; ++i) {
     disks[i].id = i;
     addNode(std::string("sd") + static_cast<char>('a' + i), disks[i].otherNode());

@@ -91,7 +91,7 @@ TEST_F(RaidStatusTest, binaryStatusIsSurvived) {
   EXPECT_EQ(getCompaqSmartDiskNum(), 0);
 }
 
-TEST_F(RaidStatusTest, compaqVolumeSizesAreTheSectorsShiftedBy10_behindTheLastEqualsSign) {
+TEST_F(RaidStatusTest, compaqVolumeSizesAreTheSectorsShiftedBy10) {
   machine.files["/proc/driver/cciss/cciss0"] = kCompaqEarly;
   EXPECT_EQ(getCompaqSmartDiskNum(), 2);
   EXPECT_EQ(getCompaqSmartDiskSize(0), 69455U);
@@ -99,6 +99,19 @@ TEST_F(RaidStatusTest, compaqVolumeSizesAreTheSectorsShiftedBy10_behindTheLastEq
   EXPECT_EQ(getCompaqSmartDiskSize(2), 0U);
   EXPECT_EQ(getCompaqSmartDiskSize(-1), 0U);
   EXPECT_EQ(machine.openDescriptors(), 0);
+}
+
+TEST_F(RaidStatusTest, numberOfBlocksIsReadWhereverItStandsInItsLine) {
+  EXPECT_THAT(parseCompaqVolumes({"nr_blocks=1048576 block_size=512\n",
+                                  "cciss/c0d0: blksz=512 nr_blocks=17764320\n",
+                                  "cciss/c0d1: blksz=512 nr_blocks=17764320 raid=5\n",
+                                  "blksz=512 nr_blocks = 2048 raid=5\n"}),
+              ElementsAre(1024U, 17347U, 17347U, 2U));
+}
+
+TEST_F(RaidStatusTest, numberOfSomethingElseIsNotTakenForTheBlocks) {
+  EXPECT_THAT(parseCompaqVolumes({"blksz=4096 nr_blocks\n", "nr_blocks blksz=4096\n"}),
+              ElementsAre(0U, 0U));
 }
 
 TEST_F(RaidStatusTest, laterCompaqDriversListNoBlocks) {

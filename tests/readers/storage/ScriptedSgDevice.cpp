@@ -15,6 +15,7 @@ namespace {
 
 constexpr int kIllegalRequest = 5;
 constexpr int kUnitAttention = 6;
+constexpr unsigned kHostError = 7;  // DID_ERROR
 
 int fail(int error) {
   errno = error;
@@ -119,6 +120,8 @@ ssize_t ScriptedSgDevice::give(void* packet, size_t size) {
     header.target_status = 1;  // CHECK CONDITION, shifted
     header.driver_status = 8;  // sense data is there
     setSense(header.sense_buffer, m_answer.key);
+    if (refusalIsHostError) header.host_status = kHostError;
+    if (refusalIsHostError) header.result = EIO;
   }
   const size_t room = std::min(size - sizeof(header), m_buffer.size());
   m_answer.data.copy(m_buffer.data(), room);

@@ -44,7 +44,8 @@ class ScriptedSgDevice {
   int targetStatus = 0;
   int hostStatus = 0;
   int driverStatus = 0;
-  std::optional<int> senseKey;  // sense data with this key beside the status
+  std::optional<int> senseKey;      // sense data with this key beside the status
+  bool refusalIsHostError = false;  // a refused command comes back with DID_ERROR and EIO
 
   // --- what the kernel knows ---
   int host = 0;

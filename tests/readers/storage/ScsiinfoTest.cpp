@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstring>
 #include <random>
 
@@ -188,6 +189,49 @@ TEST_F(ScsiinfoTest, pageListLongerThanTheReplyIsBounded) {
 TEST_F(ScsiinfoTest, refusedModeSenseGivesZeroGeometryAndNoError) {
   device.setSerialNumber(std::string(100, '\4'));
   expectNoGeometry(probe());
+}
+
+// Paravirtual adapters do so; the sense data tell that the device itself has declined.
+TEST_F(ScsiinfoTest, refusalThatTheAdapterReportsAsItsOwnErrorIsARefusal) {
+  device.refusalIsHostError = true;
+  device.setSerialNumber("PV-SN-0");
+  const scsiinfo info = probe();
+  expectNoGeometry(info);
+  EXPECT_THAT(info.serialnumber(), StrEq("PV-SN-0"));
+}
+
+TEST_F(ScsiinfoTest, productDataThatTheAdapterReportsAsItsOwnErrorAreNoError) {
+  device.refusalIsHostError = true;
+  device.setGeometryPages(100, 4, 32);
+  const scsiinfo info = probe();
+  EXPECT_EQ(info.errorcode(), 0);
+  EXPECT_EQ(info.numheads(), 4U);
+}
+
+TEST_F(ScsiinfoTest, unitAttentionThatTheAdapterReportsAsItsOwnErrorIsRepeated) {
+  device.refusalIsHostError = true;
+  device.setGeometryPages(100, 4, 32);
+  device.unitAttentions = 2;
+  EXPECT_EQ(probe().numcylinders(), 100U);
+}
+
+TEST_F(ScsiinfoTest, deviceThatGoesAwayBeforeItsGeometryKeepsWhatItHasSaid) {
+  device.setSerialNumber("3FE00ABC0000");
+  device.setGeometryPages(100, 4, 32);
+  for (const char* last : {"12 01 80", "1A 00 04"}) {
+    device.commands.clear();
+    test::FakeDevice node = device.genericNode();
+    node.write = [this, last, take = node.write](const void* packet, size_t size) {
+      const bool isGone = device.commands.size() >= 4 && device.commands.back() == last;
+      errno = ENODEV;
+      return isGone ? ssize_t{-1} : take(packet, size);
+    };
+    machine.devices["/dev/sg0"] = node;
+    const scsiinfo info("/dev/sg0");
+    expectNoGeometry(info);
+    EXPECT_THAT(info.model(), StrEq("ST318406"));
+    EXPECT_THAT(info.serialnumber(), StrEq("3FE00ABC0000"));
+  }
 }
 
 TEST_F(ScsiinfoTest, diskWithoutFormatPageGivesZeroGeometry) {

@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <string>
+#include <vector>
+
 #include "tests/support/FakeHost.h"
 
 namespace quenlor {
@@ -23,6 +27,10 @@ class SgModuleTest : public ::testing::Test {
     machine.permissions["/tmp"] = 01777;
     machine.commands[kLoad] = {};
     machine.commands[kShow] = {};
+  }
+  ~SgModuleTest() override {
+    sgLeftovers().errorFile = false;
+    sgLeftovers().module = false;
   }
 
   FakeHost machine;
@@ -74,6 +82,70 @@ TEST_F(SgModuleTest, unreadableErrorFileNeverMeansThatWeLoadedTheModule) {
   machine.commands[kShow] = {"", 1 << 8};  // cat itself failed, and said so where nobody listens
   EXPECT_EQ(loadSG(), 0);
   EXPECT_EQ(machine.openCommands(), 0);
+}
+
+// A full /tmp or a limit on file sizes keeps the complaint out of the file.
+TEST_F(SgModuleTest, silentModprobeThatFailedHasNotLoadedTheModule) {
+  machine.commands[kLoad] = {"", 1 << 8};
+  EXPECT_EQ(loadSG(), 0);
+  EXPECT_THAT(machine.started, ElementsAre(kLoad, kShow, kRemove));
+}
+
+TEST_F(SgModuleTest, modprobeThatWasKilledHasNotLoadedTheModule) {
+  for (const int signal : {SIGKILL, SIGXFSZ}) {
+    machine.commands[kLoad] = {"", signal};
+    EXPECT_EQ(loadSG(), 0) << signal;
+    machine.commands[kLoad] = {"", (128 + signal) << 8};  // as the shell reports it
+    EXPECT_EQ(loadSG(), 0) << signal;
+  }
+}
+
+TEST_F(SgModuleTest, modprobeThatCannotBeReapedHasNotLoadedTheModule) {
+  machine.commands[kLoad] = {"", -1};
+  EXPECT_EQ(loadSG(), 0);
+}
+
+TEST_F(SgModuleTest, errorFileIsRemovedAlsoWhereNoFurtherCommandCanBeStarted) {
+  machine.unstartableCommands = {kShow, kRemove};
+  EXPECT_EQ(loadSG(), 0);
+  EXPECT_EQ(machine.files.count("/tmp/modprobe.error"), 0U);
+}
+
+TEST_F(SgModuleTest, errorFileIsRemovedAlsoWhereRmFails) {
+  machine.commands[kRemove] = {"", 1 << 8};
+  loadSG();
+  EXPECT_EQ(machine.files.count("/tmp/modprobe.error"), 0U);
+}
+
+TEST_F(SgModuleTest, leftoversTellOfTheErrorFileWhileItIsThereAndOfTheModuleUntilItIsUnloaded) {
+  std::vector<bool> fileThere;
+  machine.onCommand = [&](const std::string&) { fileThere.push_back(sgLeftovers().errorFile); };
+  loadSG();
+  EXPECT_THAT(fileThere, ElementsAre(true, true, true));
+  EXPECT_FALSE(sgLeftovers().errorFile);
+  EXPECT_TRUE(sgLeftovers().module);
+  unloadSG();
+  EXPECT_FALSE(sgLeftovers().module);
+}
+
+TEST_F(SgModuleTest, modulesOfOthersAreNoLeftovers) {
+  machine.commands[kLoad] = {"", 1 << 8};
+  loadSG();
+  EXPECT_FALSE(sgLeftovers().module);
+  EXPECT_FALSE(sgLeftovers().errorFile);
+}
+
+TEST_F(SgModuleTest, removingLeftoversUndoesWhatIsLeftAndNothingElse) {
+  removeSgLeftovers();
+  EXPECT_THAT(machine.started, IsEmpty());
+  EXPECT_THAT(machine.unlinked, IsEmpty());
+  sgLeftovers().errorFile = true;
+  sgLeftovers().module = true;
+  removeSgLeftovers();
+  EXPECT_THAT(machine.unlinked, ElementsAre("/tmp/modprobe.error"));
+  EXPECT_THAT(machine.started, ElementsAre("/sbin/modprobe --first-time -r sg 2>/dev/null"));
+  EXPECT_FALSE(sgLeftovers().errorFile);
+  EXPECT_FALSE(sgLeftovers().module);
 }
 
 TEST_F(SgModuleTest, waitEndsAtOnceWhenTheDriverIsThere) {
