@@ -168,6 +168,7 @@ TEST_F(StorageTraceTest, tapesAndDevicesWithoutOtherNodeAreNamed) {
 
 TEST_F(StorageTraceTest, moduleHandlingIsShown) {
   machine.directories["/tmp"];
+  machine.commands["/sbin/modprobe --first-time sg 2>/tmp/modprobe.error"] = {};
   machine.commands["cat /tmp/modprobe.error 2>/dev/null"] = {};
   machine.directories["/proc/scsi"];
   loadSG();

@@ -36,6 +36,9 @@ class Machine:
     commands: list = field(default_factory=lambda: ["cat", "rm", "sleep", "yes", "head", "kill"])
     host_files: list = field(default_factory=list)  # programs of the building machine to carry along
     cpus: int = 0  # bind the scan to so many CPUs; 0 leaves the affinity alone
+    # Resource limits of the scan by their names in setrlimit(2), e.g. "RLIMIT_NOFILE"; not under a
+    # sanitizer, whose runtime needs more.
+    limits: dict = field(default_factory=dict)
     real: list = field(default_factory=list)  # facts that come from the real kernel, see facts.py
     leaves: list = field(default_factory=list)  # paths that a scan is meant to create
     status: int = 0

@@ -2,6 +2,7 @@
 
 import difflib
 import os
+import resource
 import subprocess
 import time
 from pathlib import Path
@@ -101,6 +102,9 @@ class Scan:
             os.symlink(f"/{KERNEL}/{os.getpid()}", f"/proc/{os.getpid()}")
         if self._machine.cpus:
             os.sched_setaffinity(0, sorted(os.sched_getaffinity(0))[: self._machine.cpus])
+        if not self._sanitizer:
+            for name, limit in self._machine.limits.items():
+                resource.setrlimit(getattr(resource, name), (limit, limit))
 
     def _forget_processes(self):
         for name in os.listdir(self._root / "proc"):

@@ -9,6 +9,7 @@
 #include <random>
 
 #include "tests/readers/storage/ScriptedSgDevice.h"
+#include "tests/support/CapturedTraces.h"
 
 namespace quenlor {
 namespace {
@@ -227,10 +228,12 @@ TEST_F(ScsiinfoTest, deviceThatGoesAwayBeforeItsGeometryKeepsWhatItHasSaid) {
       return isGone ? ssize_t{-1} : take(packet, size);
     };
     machine.devices["/dev/sg0"] = node;
+    const test::CapturedTraces traces("MIN");
     const scsiinfo info("/dev/sg0");
     expectNoGeometry(info);
     EXPECT_THAT(info.model(), StrEq("ST318406"));
     EXPECT_THAT(info.serialnumber(), StrEq("3FE00ABC0000"));
+    EXPECT_EQ(traces.count("hardware no geometry of /dev/sg0"), 1);
   }
 }
 
