@@ -28,6 +28,7 @@ int gatherFloppyDriveInformation(StorageCollection& collection) {
   int added = 0;
   while (const DrivePath node = DrivePath(getNextDrive(counter, kFloppyPrefix, 0))) {
     const floppyinfo info(node.get(), collection.opener);
+    if (info.isHeld()) reportHeld(node.get());
     if (info.errorcode() != 0) continue;
     addDriveRow(collection, describe(info));
     ++added;

@@ -1,5 +1,4 @@
 // SCSI devices of every kind, through their generic nodes.
-#include <cstdio>
 #include <optional>
 
 #include "groups/storage/StorageGatherers.h"
@@ -61,11 +60,6 @@ void setGeometry(StorageDrive& drive, const ScsiSources& sources) {
     drive.geometry = {inquiry.numcylinders(), inquiry.numsectors(), inquiry.numheads()};
     drive.megabytes = inquiry.totalsize() >> 10;
   }
-}
-
-void reportHeld(const char* node) {
-  std::fprintf(stderr, "quenlor: %s is held exclusively by another process and is left out\n",
-               node);
 }
 
 // Nothing for a node that answers to neither source, or whose device is no storage.

@@ -89,6 +89,11 @@ void reportStuck(const std::string& path, std::chrono::milliseconds limit) {
 
 }  // namespace
 
+void reportHeld(const char* path) {
+  std::fprintf(stderr, "quenlor: %s is held exclusively by another process and is left out\n",
+               path);
+}
+
 Descriptor DeviceOpener::open(const std::string& path, int accessMode) {
   std::optional<OpenResult> result;
   if (m_stuck.count(path) == 0) {

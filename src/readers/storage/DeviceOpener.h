@@ -29,4 +29,7 @@ class DeviceOpener {
   std::set<std::string> m_stuck;
 };
 
+// Says on standard error that a device is left out since the driver answered EBUSY.
+void reportHeld(const char* path);
+
 }  // namespace quenlor

@@ -27,19 +27,13 @@ bool exists(const char* path) {
   return host().stat(path, &status) == 0;
 }
 
-void removeErrorFile() {
-  host().unlink(kErrorFile);
-  sgLeftovers().errorFile = false;
-}
-
 // Wait status of modprobe. Nothing when the command was not run: nothing may be written under a
 // name in /tmp that is not ours.
 std::optional<int> runModprobe() {
   if (!secureTemporaryFile(kErrorFile)) return std::nullopt;
-  sgLeftovers().errorFile = true;
   CommandStream modprobe(kLoadCommand);
   if (modprobe) return modprobe.close();
-  removeErrorFile();
+  host().unlink(kErrorFile);
   return std::nullopt;
 }
 
@@ -52,17 +46,12 @@ bool modprobeWasSilent() {
   return output.close() == 0 && !complained;
 }
 
+// Where the limits for descriptors or processes are tight, a shell may not be able to.
+void removeErrorFile() {
+  if (CommandStream(kRemoveErrorCommand).close() != 0) host().unlink(kErrorFile);
+}
+
 }  // namespace
-
-SgLeftovers& sgLeftovers() {
-  static SgLeftovers leftovers;
-  return leftovers;
-}
-
-void removeSgLeftovers() {
-  if (sgLeftovers().errorFile) removeErrorFile();
-  if (sgLeftovers().module) unloadSG();
-}
 
 int loadSG() {
   const TraceFunction at{kSourcePath, "loadSG()"};
@@ -74,11 +63,8 @@ int loadSG() {
   }
   log->traceMAX(at(), "hardware %s", "popen fp != NULL");
   const bool loaded = modprobeWasSilent() && *modprobeStatus == 0;
-  sgLeftovers().module = loaded;
   log->traceMAX(at(), "hardware %s", loaded ? "Module sg was OFF" : "Module sg was ON");
-  // Where the limit for descriptors or processes is tight, the command may not be startable now.
-  if (CommandStream(kRemoveErrorCommand).close() != 0) host().unlink(kErrorFile);
-  sgLeftovers().errorFile = false;
+  removeErrorFile();
   return loaded ? 1 : 0;
 }
 
@@ -101,7 +87,6 @@ void unloadSG() {
   const TraceFunction at{kSourcePath, "unloadSG()"};
   getCcLogHw()->traceMAX(at(), "hardware Unload SG MODULE");
   CommandStream(kUnloadCommand).close();
-  sgLeftovers().module = false;
 }
 
 }  // namespace quenlor

@@ -41,7 +41,10 @@ floppyinfo::floppyinfo(const char* device, DeviceOpener& opener) { probe(device,
 
 void floppyinfo::probe(const char* device, DeviceOpener& opener) {
   const TraceFunction at{kSourcePath, "floppyinfo()"};
-  if (!itaniumIA64()) m_fd = opener.open(device, O_RDONLY);
+  if (!itaniumIA64()) {
+    m_fd = opener.open(device, O_RDONLY);
+    m_isHeld = !m_fd && errno == EBUSY;
+  }
   if (m_fd.get() < 1) {
     m_errorcode = kCannotOpen;
   } else {

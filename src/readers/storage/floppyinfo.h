@@ -29,6 +29,7 @@ class floppyinfo {
   const char* type() const { return "floppy"; }
   bool removable() const { return true; }
   bool mediapresent() const { return m_geometryValid; }
+  bool isHeld() const { return m_isHeld; }  // another process has opened the node for itself alone
 
   // True on an Itanium processor, by /proc/cpuinfo: its floppy driver cannot be asked.
   static bool itaniumIA64();
@@ -39,6 +40,7 @@ class floppyinfo {
   int determineType();
 
   Descriptor m_fd;
+  bool m_isHeld = false;
   int m_errorcode = 0;
   unsigned long m_sectorSize = 0;
   unsigned long m_totalsize = 0;

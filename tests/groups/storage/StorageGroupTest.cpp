@@ -418,6 +418,15 @@ TEST_F(StorageGroupTest, nodeThatAnotherProcessHoldsIsLeftOutAndNamed) {
             "quenlor: /dev/sg1 is held exclusively by another process and is left out\n");
 }
 
+TEST_F(StorageGroupTest, floppyThatAnotherProcessHoldsIsLeftOutAndNamed) {
+  addFloppy();
+  machine.openErrors["/dev/fd0"] = EBUSY;
+  ::testing::internal::CaptureStderr();
+  EXPECT_TRUE(rows().empty());
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "quenlor: /dev/fd0 is held exclusively by another process and is left out\n");
+}
+
 TEST_F(StorageGroupTest, nodeThatCannotBeOpenedForAnotherReasonIsSkippedInSilence) {
   ScriptedSgDevice disk;
   addGeneric({&disk});

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <string>
-#include <vector>
 
 #include "tests/support/FakeHost.h"
 
@@ -27,10 +25,6 @@ class SgModuleTest : public ::testing::Test {
     machine.permissions["/tmp"] = 01777;
     machine.commands[kLoad] = {};
     machine.commands[kShow] = {};
-  }
-  ~SgModuleTest() override {
-    sgLeftovers().errorFile = false;
-    sgLeftovers().module = false;
   }
 
   FakeHost machine;
@@ -115,37 +109,6 @@ TEST_F(SgModuleTest, errorFileIsRemovedAlsoWhereRmFails) {
   machine.commands[kRemove] = {"", 1 << 8};
   loadSG();
   EXPECT_EQ(machine.files.count("/tmp/modprobe.error"), 0U);
-}
-
-TEST_F(SgModuleTest, leftoversTellOfTheErrorFileWhileItIsThereAndOfTheModuleUntilItIsUnloaded) {
-  std::vector<bool> fileThere;
-  machine.onCommand = [&](const std::string&) { fileThere.push_back(sgLeftovers().errorFile); };
-  loadSG();
-  EXPECT_THAT(fileThere, ElementsAre(true, true, true));
-  EXPECT_FALSE(sgLeftovers().errorFile);
-  EXPECT_TRUE(sgLeftovers().module);
-  unloadSG();
-  EXPECT_FALSE(sgLeftovers().module);
-}
-
-TEST_F(SgModuleTest, modulesOfOthersAreNoLeftovers) {
-  machine.commands[kLoad] = {"", 1 << 8};
-  loadSG();
-  EXPECT_FALSE(sgLeftovers().module);
-  EXPECT_FALSE(sgLeftovers().errorFile);
-}
-
-TEST_F(SgModuleTest, removingLeftoversUndoesWhatIsLeftAndNothingElse) {
-  removeSgLeftovers();
-  EXPECT_THAT(machine.started, IsEmpty());
-  EXPECT_THAT(machine.unlinked, IsEmpty());
-  sgLeftovers().errorFile = true;
-  sgLeftovers().module = true;
-  removeSgLeftovers();
-  EXPECT_THAT(machine.unlinked, ElementsAre("/tmp/modprobe.error"));
-  EXPECT_THAT(machine.started, ElementsAre("/sbin/modprobe --first-time -r sg 2>/dev/null"));
-  EXPECT_FALSE(sgLeftovers().errorFile);
-  EXPECT_FALSE(sgLeftovers().module);
 }
 
 TEST_F(SgModuleTest, waitEndsAtOnceWhenTheDriverIsThere) {
