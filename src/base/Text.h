@@ -18,6 +18,9 @@ double parseDouble(const char* text, char** end = nullptr);
 // Leading decimal integer as strtol reads it (0 when there is none), held within the bounds of int.
 int decimalValue(const char* text);
 
+// The text with a question mark for each control character: what it is printed in stays one line.
+std::string onOneLine(std::string_view text);
+
 // The text without blanks, tabs, carriage returns and newlines at both ends.
 std::string_view trimmed(std::string_view text);
 

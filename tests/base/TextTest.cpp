@@ -34,6 +34,12 @@ TEST(Text, decimalValueReadsTheLeadingIntegerAndStaysWithinAnInt) {
   EXPECT_EQ(decimalValue("-99999999999999999999"), -2147483647 - 1);
 }
 
+TEST(Text, controlCharactersMakeNoSecondLine) {
+  EXPECT_EQ(onOneLine("/a b\n\x1b[2J\x7f"), "/a b??[2J?");
+  EXPECT_EQ(onOneLine("/\xc3\xa9"), "/\xc3\xa9");
+  EXPECT_EQ(onOneLine(""), "");
+}
+
 TEST(Text, trimsBlanksAtBothEndsOnly) {
   EXPECT_EQ(trimmed(" \t a b\r\n"), "a b");
   EXPECT_EQ(trimmed(" \t\r\n"), "");

@@ -3,13 +3,17 @@
 #include <mntent.h>
 #include <sys/statvfs.h>
 
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <optional>
-#include <string_view>
+#include <string>
+#include <vector>
 
+#include "base/Text.h"
 #include "host/Handles.h"
 #include "host/LineReader.h"
+#include "limits/FileSystemSizes.h"
 #include "limits/TimeoutStatvfs.h"
 #include "log/CcLogWrapper.h"
 #include "readers/mounts/MountTypes.h"
@@ -41,7 +45,7 @@ constexpr uint32_t kFsFreeSize = 10;
 
 constexpr uint32_t kTypeLocal = 1;
 constexpr uint32_t kTypeRemote = 2;
-constexpr const char* kRemoteDevice = "remote";
+const std::string kRemoteDevice = "remote";
 
 constexpr uint32_t kSwapMediaType = 3;
 constexpr uint32_t kSwapFsType = 130;
@@ -57,17 +61,66 @@ uint64_t toKilobytes(uint64_t blockSize, uint64_t blocks) {
   return blockSize * (blocks >> 10) + ((blockSize * (blocks & 1023)) >> 10);
 }
 
-bool isAutomountPoint(const char* fstype) { return std::string_view(fstype) == "autofs"; }
+std::vector<Mount> readMounts(FILE* mountTable) {
+  std::vector<Mount> mounts;
+  const auto buffer = std::make_unique_for_overwrite<char[]>(kMountLineSize);
+  struct mntent entry {};
+  while (::getmntent_r(mountTable, &entry, buffer.get(), kMountLineSize) != nullptr) {
+    mounts.push_back({entry.mnt_fsname, entry.mnt_dir, entry.mnt_type});
+  }
+  return mounts;
+}
+
+bool isLeftOut(const Mount& mount) {
+  return isLeftOutMount(mount.device.c_str(), mount.directory.c_str(), mount.fstype.c_str());
+}
+
+// Sizes of the mounts that are not left out, in their order.
+std::vector<FileSystemSize> measure(const std::vector<Mount>& mounts, int microseconds) {
+  std::vector<FileSystem> fileSystems;
+  for (const Mount& mount : mounts) {
+    if (isLeftOut(mount)) continue;
+    const char* fstype = mount.fstype.c_str();
+    fileSystems.push_back({mount.directory, isAutomountPoint(fstype), mayHang(fstype)});
+  }
+  // Without time to wait, not one server is to be left with a question.
+  if (microseconds <= 0) return std::vector<FileSystemSize>(fileSystems.size());
+  return measureFileSystems(fileSystems, {wholeSteps(microseconds)});
+}
+
+// Says which rows have no sizes. Nobody may be reading, so nothing depends on it.
+class Unmeasured {
+ public:
+  explicit Unmeasured(int microseconds)
+      : m_milliseconds(std::chrono::ceil<std::chrono::milliseconds>(wholeSteps(microseconds))) {}
+  ~Unmeasured() {
+    if (m_notAsked == 0) return;
+    std::fprintf(stderr, "quenlor: %zu file systems were not measured, their sizes are 0\n",
+                 m_notAsked);
+  }
+  Unmeasured(const Unmeasured&) = delete;
+  Unmeasured& operator=(const Unmeasured&) = delete;
+
+  void add(const std::string& directory, WorkerPool::Outcome outcome) {
+    if (outcome == WorkerPool::Outcome::kNotAsked) ++m_notAsked;
+    if (outcome != WorkerPool::Outcome::kNoAnswer) return;
+    std::fprintf(stderr, "quenlor: %s did not answer within %lld ms, its sizes are 0\n",
+                 onOneLine(directory).c_str(), static_cast<long long>(m_milliseconds.count()));
+  }
+
+ private:
+  const std::chrono::milliseconds m_milliseconds;
+  size_t m_notAsked = 0;
+};
 
 // Zeros for a file system that does not answer in time.
-Kilobytes measure(const char* mountDir, const char* fstype) {
+Kilobytes kilobytesOf(const FileSystemSize& size, const std::string& mountDir) {
   const TraceFunction at{kSourcePath, "doEntry()"};
-  const auto statvfsInTime = isAutomountPoint(fstype) ? timeout_statvfs_autofs : timeout_statvfs;
-  struct statvfs status {};
-  if (statvfsInTime(mountDir, &status, GetDOVMaxTimeout()) != 0) {
-    getCcLogHw()->traceMIN(at(), "hardware %s %s", "no answer in time from", mountDir);
+  if (size.outcome != WorkerPool::Outcome::kAnswered) {
+    getCcLogHw()->traceMIN(at(), "hardware %s %s", "no answer in time from", mountDir.c_str());
     return {};
   }
+  const struct statvfs& status = size.status;
   getCcLogHw()->traceMAX(at(), "hardware %s %lu", "f_frsize :", status.f_frsize);
   getCcLogHw()->traceMAX(at(), "hardware %s %lu", "f_blocks :", status.f_blocks);
   return {toKilobytes(status.f_frsize, status.f_blocks),
@@ -98,23 +151,29 @@ VelTable* PartitionGroup::getTable() {
 }
 
 void PartitionGroup::addMounts(FILE* mountTable) {
-  const auto buffer = std::make_unique_for_overwrite<char[]>(kMountLineSize);
-  struct mntent entry {};
-  while (::getmntent_r(mountTable, &entry, buffer.get(), kMountLineSize) != nullptr) {
-    doEntry(entry.mnt_fsname, entry.mnt_dir, entry.mnt_type);
+  const TraceFunction at{kSourcePath, "doEntry()"};
+  const int limit = GetDOVMaxTimeout();
+  const std::vector<Mount> mounts = readMounts(mountTable);
+  const std::vector<FileSystemSize> sizes = measure(mounts, limit);
+  Unmeasured unmeasured(limit);
+  auto size = sizes.begin();
+  for (const Mount& mount : mounts) {
+    if (isLeftOut(mount)) {
+      getCcLogHw()->traceMAX(at(), "hardware %s %s", "left out :", mount.directory.c_str());
+      continue;
+    }
+    unmeasured.add(mount.directory, size->outcome);
+    doEntry(mount, *size++);
   }
 }
 
-void PartitionGroup::doEntry(const char* device, const char* mountDir, const char* fstype) {
+void PartitionGroup::doEntry(const Mount& mount, const FileSystemSize& measured) {
   const TraceFunction at{kSourcePath, "doEntry()"};
   CcLogWrapper* log = getCcLogHw();
-  if (isLeftOutMount(device, mountDir, fstype)) {
-    log->traceMAX(at(), "hardware %s %s", "left out :", mountDir);
-    return;
-  }
+  const char* fstype = mount.fstype.c_str();
   const bool remote = isRemote(fstype);
-  const char* deviceName = remote ? kRemoteDevice : device;
-  const Kilobytes size = measure(mountDir, fstype);
+  const std::string& deviceName = remote ? kRemoteDevice : mount.device;
+  const Kilobytes size = kilobytesOf(measured, mount.directory);
   log->traceMAX(at(), "hardware %s %llu",
                 "totalsize : ", static_cast<unsigned long long>(size.total));
   log->traceMAX(at(), "hardware %s %llu", "freesize :", static_cast<unsigned long long>(size.free));
@@ -122,12 +181,12 @@ void PartitionGroup::doEntry(const char* device, const char* mountDir, const cha
   auto row = std::make_unique<VelTableRow>();
   addUlong(*row, kIndex, ++m_rows);
   addUlong(*row, kType, remote ? kTypeRemote : kTypeLocal);
-  addUlong(*row, kMediaType, getMediaType(fstype, deviceName));
+  addUlong(*row, kMediaType, getMediaType(fstype, deviceName.c_str()));
   addText(*row, kDeviceName, deviceName);
   addUlongLong(*row, kPhysicalSize, size.total);
   addUlong(*row, kFsType, get_fstype_enum(fstype));
-  addText(*row, kFsAccessPoint, device);
-  addText(*row, kFsMountPoint, mountDir);
+  addText(*row, kFsAccessPoint, mount.device);
+  addText(*row, kFsMountPoint, mount.directory);
   addUlongLong(*row, kFsTotalSize, size.total);
   addUlongLong(*row, kFsFreeSize, size.free);
   m_table->addRow(row.release());

@@ -4,12 +4,21 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <string>
 
 #include "tables/VelTable.h"
 
 namespace quenlor {
 
+struct FileSystemSize;
 struct SwapArea;
+
+// An entry of the mount table.
+struct Mount {
+  std::string device;
+  std::string directory;
+  std::string fstype;
+};
 
 class PartitionGroup : public VelGroup {
  public:
@@ -20,7 +29,7 @@ class PartitionGroup : public VelGroup {
 
  private:
   void addMounts(FILE* mountTable);
-  void doEntry(const char* device, const char* mountDir, const char* fstype);
+  void doEntry(const Mount& mount, const FileSystemSize& measured);
   void addSwapPartitions();
   void addSwapRow(const SwapArea& area);
 

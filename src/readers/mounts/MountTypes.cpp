@@ -38,6 +38,21 @@ static_assert(std::size(PARTITION_TYPES) == 19);
 
 constexpr std::string_view REMOTE_TYPES[] = {"nfs", "afs", "smbfs"};
 
+// On a device of this machine, in its memory, or made by its kernel.
+constexpr std::string_view LOCAL_TYPES[] = {
+    "bcachefs", "befs",       "bfs",      "binder",     "binfmt_misc", "bpf",      "btrfs",
+    "cgroup",   "cgroup2",    "configfs", "cramfs",     "debugfs",     "devpts",   "devtmpfs",
+    "efivarfs", "efs",        "erofs",    "exfat",      "ext",         "ext2",     "ext3",
+    "ext4",     "f2fs",       "fusectl",  "hfs",        "hfsplus",     "hpfs",     "hugetlbfs",
+    "iso9660",  "jffs2",      "jfs",      "jfs2",       "memfs",       "minix",    "minux",
+    "mqueue",   "msdos",      "nilfs2",   "nsfs",       "ntfs",        "ntfs3",    "overlay",
+    "proc",     "pstore",     "qnx4",     "qnx6",       "ramfs",       "reiserfs", "resctrl",
+    "romfs",    "rpc_pipefs", "s5",       "securityfs", "selinuxfs",   "smackfs",  "squashfs",
+    "subfs",    "sysfs",      "sysv",     "tmpfs",      "tracefs",     "ubifs",    "udf",
+    "ufs",      "usbfs",      "vfat",     "vxfs",       "xenfs",       "xfs",      "xiafs",
+    "zfs",      "zonefs",
+};
+
 constexpr std::string_view LEFT_OUT_DIRECTORIES[] = {"/dev/pts", "/proc", "/.amd"};
 constexpr std::string_view LEFT_OUT_TYPES[] = {"devpts", "proc", "sysfs", "rpc_pipefs", "shm"};
 constexpr std::string_view kAutomounterDevice = "(pid";  // "host:(pid1234)"
@@ -66,6 +81,10 @@ uint32_t get_fstype_enum(const char* name) {
 bool ValidPartitionFileSys(const char* name) { return isOneOf(PARTITION_TYPES, name); }
 
 bool isRemote(const char* fstype) { return isOneOf(REMOTE_TYPES, fstype); }
+
+bool mayHang(const char* fstype) { return !isOneOf(LOCAL_TYPES, fstype); }
+
+bool isAutomountPoint(const char* fstype) { return std::string_view(fstype) == "autofs"; }
 
 uint32_t getMediaType(const char* fstype, const char* device) {
   if (isRemote(fstype)) return kMediaRemote;

@@ -15,6 +15,12 @@ bool ValidPartitionFileSys(const char* name);
 // True for "nfs", "afs" and "smbfs", by exact name.
 bool isRemote(const char* fstype);
 
+// True unless the type is known to need nobody else's machine or program for an answer.
+bool mayHang(const char* fstype);
+
+// True for the mount point of an automounter.
+bool isAutomountPoint(const char* fstype);
+
 // Code of "Media Type": 4 network, 5 CD, 2 floppy, 3 fixed disk, 0 unknown. device is the device as
 // reported, "remote" for remote file systems.
 uint32_t getMediaType(const char* fstype, const char* device);

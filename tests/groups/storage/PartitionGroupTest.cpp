@@ -368,7 +368,10 @@ TEST_F(PartitionGroupTest, hungServerCostsItsLimitOnceAndIsRowOfSizeZero) {
     return 0;
   };
   const auto before = std::chrono::steady_clock::now();
+  ::testing::internal::CaptureStderr();
   const auto rows = collect<PartitionGroup>();
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "quenlor: /x did not answer within 100 ms, its sizes are 0\n");
   const auto waited = std::chrono::steady_clock::now() - before;
   ASSERT_EQ(rows.size(), 2u);
   EXPECT_EQ(valueOf(rows[0], 4), "remote");
@@ -380,6 +383,91 @@ TEST_F(PartitionGroupTest, hungServerCostsItsLimitOnceAndIsRowOfSizeZero) {
   EXPECT_TRUE(hasAbandonedWorkers());
   state->release.signal();
   EXPECT_EQ(state->left.wait(60000), 0);
+}
+
+// Servers that never answer. What their workers touch outlives the test.
+class DeadServers {
+ public:
+  explicit DeadServers(FakeHost& machine) {
+    machine.onStatvfs = [state = m_state](const char* path, struct statvfs* out) {
+      out->f_frsize = 1024;
+      out->f_blocks = 7;
+      if (std::string(path).find("/dead") != 0) return 0;
+      pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+      ++state->entered;
+      state->release.wait(60000);
+      ++state->left;
+      return 0;
+    };
+  }
+  ~DeadServers() {
+    m_state->release.signal();
+    while (m_state->left < m_state->entered) std::this_thread::sleep_for(1ms);
+  }
+
+ private:
+  struct State {
+    Event release;
+    std::atomic<int> entered{0};
+    std::atomic<int> left{0};
+  };
+  std::shared_ptr<State> m_state = std::make_shared<State>();
+};
+
+TEST_F(PartitionGroupTest, twentyDeadServersCostOneLimit_rowsKeepTheirOrder) {
+  const test::ConfiguredProgram program("hwscanner.timeout = 500000\n");
+  std::string table;
+  for (int i = 0; i < 20; ++i) {
+    const std::string number = std::to_string(i);
+    table += "dead:/x /dead" + number + " nfs rw 0 0\n/dev/hda" + number + " /live" + number +
+             " ext3 rw 0 1\n";
+  }
+  machine.files[kMtab] = table;
+  const DeadServers dead(machine);
+  ::testing::internal::CaptureStderr();
+  const auto before = std::chrono::steady_clock::now();
+  const auto rows = collect<PartitionGroup>();
+  const auto waited = std::chrono::steady_clock::now() - before;
+  const std::string said = ::testing::internal::GetCapturedStderr();
+  ASSERT_EQ(rows.size(), 40u);
+  for (size_t i = 0; i < 40; ++i) {
+    EXPECT_EQ(valueOf(rows[i], 8), (i % 2 == 0 ? "/dead" : "/live") + std::to_string(i / 2));
+    EXPECT_EQ(valueOf(rows[i], 9), i % 2 == 0 ? "0" : "7");
+  }
+  EXPECT_LT(waited, 2s);
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 20);
+}
+
+TEST_F(PartitionGroupTest, localFileSystemsAreMeasuredBeforeRemoteOnes) {
+  machine.files[kMtab] =
+      "box:/x /x nfs4 rw 0 0\nsshfs /s fuse.sshfs rw 0 0\n/dev/hda1 / ext4 rw 0 1\n";
+  collect<PartitionGroup>();
+  ASSERT_EQ(machine.measured.size(), 3u);
+  EXPECT_EQ(machine.measured[0], "/");
+}
+
+TEST_F(PartitionGroupTest, withoutTimeToWaitNobodyIsAsked_oneLineSaysSo) {
+  const test::ConfiguredProgram program("hwscanner.timeout = 0\n");
+  machine.files[kMtab] = "/dev/hda1 / ext3 rw 0 1\n/dev/hda2 /home ext3 rw 0 1\n";
+  addFileSystem("/", 256, 0);
+  ::testing::internal::CaptureStderr();
+  const auto rows = collect<PartitionGroup>();
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "quenlor: 2 file systems were not measured, their sizes are 0\n");
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_EQ(valueOf(rows[0], 9), "0");
+  EXPECT_TRUE(machine.measured.empty());
+  EXPECT_FALSE(hasAbandonedWorkers());
+}
+
+TEST_F(PartitionGroupTest, whatIsSaidOfMountPointStaysOneLine) {
+  const test::ConfiguredProgram program("hwscanner.timeout = 50000\n");
+  machine.files[kMtab] = "dead:/x /dead\\012\\033[2J nfs rw 0 0\n";
+  const DeadServers dead(machine);
+  ::testing::internal::CaptureStderr();
+  collect<PartitionGroup>();
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "quenlor: /dead??[2J did not answer within 50 ms, its sizes are 0\n");
 }
 
 TEST(PartitionGroupAutofs, automountPointIsNotMountedByAsking_itsRowIsKept) {

@@ -55,6 +55,22 @@ TEST(MountTypes, remoteTypesMatchExactly) {
   }
 }
 
+TEST(MountTypes, whatNeedsAnotherMachineOrProgramMayHang_unknownTypesToo) {
+  for (const char* name : {"nfs", "nfs4", "cifs", "smb3", "fuse", "fuse.sshfs", "fuseblk", "9p",
+                           "ceph", "afs", "autofs", "lustre", "gfs2", "", "ext5"}) {
+    EXPECT_TRUE(mayHang(name)) << name;
+  }
+  for (const char* name : {"ext3", "ext4", "xfs", "btrfs", "vfat", "tmpfs", "overlay", "iso9660",
+                           "squashfs", "zfs", "cgroup2", "devtmpfs"}) {
+    EXPECT_FALSE(mayHang(name)) << name;
+  }
+}
+
+TEST(MountTypes, onlyAutofsIsAutomountPoint) {
+  EXPECT_TRUE(isAutomountPoint("autofs"));
+  EXPECT_FALSE(isAutomountPoint("autofs4"));
+}
+
 TEST(MountTypes, firstMediaRuleThatAppliesCounts) {
   EXPECT_EQ(getMediaType("nfs", "remote"), 4u);
   EXPECT_EQ(getMediaType("smbfs", "/dev/fd0"), 4u);  // before the floppy rule
