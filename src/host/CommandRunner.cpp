@@ -174,9 +174,19 @@ class CommandRunner::Groups {
 // One running command and the reading end of its output.
 class CommandRunner::Child {
  public:
-  Child(Groups& groups, pid_t pid, OwnedDescriptor output, Clock::time_point deadline)
-      : m_groups(groups), m_pid(pid), m_output(std::move(output)), m_deadline(deadline) {
+  Child(Groups& groups, pid_t pid, OwnedDescriptor output, Clock::time_point deadline,
+        std::function<void()> onCutOff)
+      : m_groups(groups),
+        m_pid(pid),
+        m_output(std::move(output)),
+        m_deadline(deadline),
+        m_onCutOff(std::move(onCutOff)) {
     m_groups.add(m_pid);
+  }
+
+  void limit(milliseconds rest) {
+    m_deadline = std::min(m_deadline, Clock::now() + rest);
+    m_onCutOff = nullptr;
   }
 
   // As read(); 0 also for ever after the deadline or the longest output, once what was written
@@ -228,7 +238,14 @@ class CommandRunner::Child {
     }
   }
 
+  // Nobody holds the writing end any more.
+  bool hasOutputEnded() const {
+    pollfd output{m_output.get(), POLLIN, 0};
+    return ::poll(&output, 1, 0) > 0 && (output.revents & POLLHUP) != 0;
+  }
+
   void cutOff() {
+    if (m_onCutOff && !hasOutputEnded()) m_onCutOff();
     killGroup();
     int waiting = 0;
     if (::ioctl(m_output.get(), FIONREAD, &waiting) != 0 || waiting < 0) waiting = 0;
@@ -253,13 +270,14 @@ class CommandRunner::Child {
   Groups& m_groups;
   const pid_t m_pid;
   OwnedDescriptor m_output;
-  const Clock::time_point m_deadline;
+  Clock::time_point m_deadline;
+  std::function<void()> m_onCutOff;
   size_t m_delivered = 0;
   std::optional<size_t> m_leftover;  // set once killed: bytes that were in the pipe by then
 };
 
-CommandRunner::CommandRunner(milliseconds ceiling)
-    : m_ceiling(ceiling), m_groups(std::make_unique<Groups>()) {}
+CommandRunner::CommandRunner(milliseconds ceiling, OnCutOff onCutOff)
+    : m_ceiling(ceiling), m_onCutOff(std::move(onCutOff)), m_groups(std::make_unique<Groups>()) {}
 
 CommandRunner::~CommandRunner() = default;
 
@@ -281,7 +299,10 @@ FILE* CommandRunner::start(const char* commandLine) {
     errno = error;
     return nullptr;
   }
-  auto child = std::make_unique<Child>(*m_groups, pid, std::move(pipe->readEnd), deadline);
+  std::function<void()> onCutOff;
+  if (m_onCutOff) onCutOff = [this, line = std::string(commandLine)] { m_onCutOff(line); };
+  auto child = std::make_unique<Child>(*m_groups, pid, std::move(pipe->readEnd), deadline,
+                                       std::move(onCutOff));
 
   cookie_io_functions_t functions{};
   functions.read = [](void* cookie, char* buffer, size_t size) {
@@ -312,6 +333,12 @@ int CommandRunner::finish(FILE* stream) {
   std::fclose(stream);
   child->closeOutput();
   return child->reap();
+}
+
+void CommandRunner::limit(FILE* stream, milliseconds rest) {
+  const std::lock_guard lock(m_mutex);
+  const auto found = m_children.find(stream);
+  if (found != m_children.end()) found->second->limit(rest);
 }
 
 void CommandRunner::killAll() { m_groups->killAll(); }

@@ -3,8 +3,10 @@
 
 #include <chrono>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <unordered_map>
 
 namespace quenlor {
@@ -13,8 +15,12 @@ namespace quenlor {
 // time. Must outlive the streams that it gave out.
 class CommandRunner {
  public:
+  // Told of a command line whose output was cut off while more of it could come.
+  using OnCutOff = std::function<void(const std::string& commandLine)>;
+
   // ceiling: the time that a command may take, counted from its start.
-  explicit CommandRunner(std::chrono::milliseconds ceiling = std::chrono::seconds(60));
+  explicit CommandRunner(std::chrono::milliseconds ceiling = std::chrono::seconds(60),
+                         OnCutOff onCutOff = {});
   ~CommandRunner();
   CommandRunner(const CommandRunner&) = delete;
   CommandRunner& operator=(const CommandRunner&) = delete;
@@ -31,6 +37,10 @@ class CommandRunner {
   // the child cannot even be killed (stuck in the kernel).
   int finish(FILE* stream);
 
+  // What is wanted of a stream's command has been read: it has only so much time left to end, and
+  // nobody is told when it does not.
+  void limit(FILE* stream, std::chrono::milliseconds rest);
+
   // Kills all commands that have not ended, those that finish() waits for too, and lets no other
   // start: who has lost one may want the next. Open streams are still to be finished; reading them
   // ends with what was written by now.
@@ -42,6 +52,7 @@ class CommandRunner {
   using Clock = std::chrono::steady_clock;
 
   const std::chrono::milliseconds m_ceiling;
+  const OnCutOff m_onCutOff;
   const std::unique_ptr<Groups> m_groups;  // outlives the children
   std::mutex m_mutex;
   std::unordered_map<FILE*, std::unique_ptr<Child>> m_children;

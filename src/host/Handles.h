@@ -1,6 +1,7 @@
 // Owners of what Host hands out: streams, command streams and descriptors.
 #pragma once
 
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <utility>
@@ -34,6 +35,9 @@ class CommandStream {
   // True when the command could be started.
   explicit operator bool() const { return m_stream != nullptr; }
   FILE* get() const { return m_stream; }
+
+  // What is wanted has been read: the command may take so much longer to end.
+  void endWithin(std::chrono::milliseconds rest) { host().limitCommand(m_stream, rest); }
 
   // Reaps the child; its wait status, or -1 when the stream was never open or is closed already.
   int close() {

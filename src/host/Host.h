@@ -11,6 +11,7 @@
 #include <sys/utsname.h>
 #include <utmp.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -94,6 +95,10 @@ class Host {
   virtual FILE* popen(const char* commandLine) = 0;
   // As pclose: the wait status. The child is reaped, and killed if it outlives the ceiling.
   virtual int pclose(FILE* stream) = 0;
+
+  // The command has told what is wanted: it is killed after so much more time, and what it prints
+  // ends there.
+  virtual void limitCommand(FILE* stream, std::chrono::milliseconds rest) = 0;
 
   // --- network ---
   virtual int socket(int domain, int type, int protocol) = 0;  // as socket

@@ -12,6 +12,7 @@
 
 #include <cerrno>
 #include <clocale>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
@@ -78,6 +79,13 @@ bool SystemHost::listDirectory(const char* path, std::vector<std::string>& names
 int SystemHost::statvfs(const char* path, struct statvfs* out) { return ::statvfs(path, out); }
 
 int SystemHost::fstatvfs(int fd, struct statvfs* out) { return ::fstatvfs(fd, out); }
+
+void SystemHost::tellCutOff(const std::string& commandLine) {
+  std::fprintf(stderr,
+               "quenlor: \"%s\" did not end in time and was killed, what it would have told is "
+               "left out\n",
+               commandLine.c_str());
+}
 
 int SystemHost::socket(int domain, int type, int protocol) {
   return ::socket(domain, type | SOCK_CLOEXEC, protocol);

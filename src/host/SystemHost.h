@@ -1,6 +1,7 @@
 // The real machine: every operation forwards to the call of its name.
 #pragma once
 
+#include <chrono>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -31,6 +32,9 @@ class SystemHost : public Host {
   int fstatvfs(int fd, struct statvfs* out) override;
   FILE* popen(const char* commandLine) override { return m_commands.start(commandLine); }
   int pclose(FILE* stream) override { return m_commands.finish(stream); }
+  void limitCommand(FILE* stream, std::chrono::milliseconds rest) override {
+    m_commands.limit(stream, rest);
+  }
   int socket(int domain, int type, int protocol) override;
   int netlinkRequest(int protocol, const std::string& request, std::string& reply) override;
   bool hostNameOfAddress(const in_addr& address, std::string& name) override;
@@ -61,7 +65,12 @@ class SystemHost : public Host {
   void killCommands() { m_commands.killAll(); }
 
  private:
-  CommandRunner m_commands;
+  static constexpr std::chrono::seconds kCommandCeiling{60};
+
+  // One line on standard error: a table may be short for it.
+  static void tellCutOff(const std::string& commandLine);
+
+  CommandRunner m_commands{kCommandCeiling, tellCutOff};
   std::mutex m_utmp;           // the C library keeps one position in utmp for the whole process
   std::mutex m_timeZoneGuard;  // and one set of time-zone variables
   std::optional<TimeZone> m_timeZone;            // as first read with this setting of TZ

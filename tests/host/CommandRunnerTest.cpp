@@ -188,6 +188,63 @@ TEST_F(CommandRunnerTest, endlessOutputEndsBeforeItFillsTheMemory) {
   EXPECT_LT(Clock::now() - started, kSoon);
 }
 
+// What was told of commands that were cut off.
+class CutOffTest : public CommandRunnerTest {
+ protected:
+  std::vector<std::string> told;
+  CommandRunner telling{kShortCeiling, [this](const std::string& line) { told.push_back(line); }};
+};
+
+TEST_F(CutOffTest, isToldOnceOfCommandThatHung) {
+  EXPECT_EQ(run(telling, "echo early; sleep 100").output, "early\n");
+  EXPECT_EQ(told, std::vector<std::string>{"echo early; sleep 100"});
+}
+
+TEST_F(CutOffTest, isToldOfOutputWithoutEnd) {
+  run(telling, "exec yes");
+  EXPECT_EQ(told, std::vector<std::string>{"exec yes"});
+}
+
+TEST_F(CutOffTest, isNotToldOfCommandThatEndedInTimeAndWasReadLate) {
+  FILE* stream = telling.start("echo early; exit 2");
+  ASSERT_NE(stream, nullptr);
+  std::this_thread::sleep_for(kShortCeiling + 100ms);
+  EXPECT_EQ(readAll(stream), "early\n");
+  EXPECT_EQ(telling.finish(stream), 2 << 8);
+  EXPECT_TRUE(told.empty());
+}
+
+TEST_F(CutOffTest, isNotToldOfCommandThatWasKilledWithAllOthers) {
+  FILE* stream = telling.start("sleep 100");
+  ASSERT_NE(stream, nullptr);
+  telling.killAll();
+  EXPECT_EQ(readAll(stream), "");
+  EXPECT_TRUE(isKilled(telling.finish(stream)));
+  EXPECT_TRUE(told.empty());
+}
+
+TEST_F(CutOffTest, commandThatHasSaidWhatIsWantedIsKilledWithoutWord) {
+  CommandRunner patient{60s, [this](const std::string& line) { told.push_back(line); }};
+  FILE* stream = patient.start("echo line; sleep 100");
+  ASSERT_NE(stream, nullptr);
+  char line[32] = "";
+  ASSERT_NE(std::fgets(line, sizeof line, stream), nullptr);
+  patient.limit(stream, 100ms);
+  EXPECT_EQ(readAll(stream), "");
+  EXPECT_TRUE(isKilled(patient.finish(stream)));
+  EXPECT_LT(Clock::now() - started, kSoon);
+  EXPECT_TRUE(told.empty());
+}
+
+TEST_F(CutOffTest, restDoesNotLengthenTheCeiling) {
+  FILE* stream = telling.start("sleep 100");
+  ASSERT_NE(stream, nullptr);
+  telling.limit(stream, 60s);
+  EXPECT_EQ(readAll(stream), "");
+  EXPECT_TRUE(isKilled(telling.finish(stream)));
+  EXPECT_LT(Clock::now() - started, kSoon);
+}
+
 TEST_F(CommandRunnerTest, commandThatClosesItsOutputAndGoesOnIsKilledWhenReaped) {
   const Result result = run(shortRunner, "exec >&-; sleep 100");
   EXPECT_EQ(result.output, "");

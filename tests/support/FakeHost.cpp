@@ -423,6 +423,11 @@ FILE* FakeHost::popen(const char* commandLine) {
   return stream;
 }
 
+void FakeHost::limitCommand(FILE*, std::chrono::milliseconds rest) {
+  const std::lock_guard lock(m_mutex);
+  limited.push_back(rest);
+}
+
 int FakeHost::pclose(FILE* stream) {
   const std::lock_guard lock(m_mutex);
   const auto found = m_commandStreams.find(stream);

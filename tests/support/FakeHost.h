@@ -83,6 +83,7 @@ class FakeHost : public Host {
   // --- what was asked for ---
   std::vector<std::string> opened;   // paths of open and fopen, in order, found or not
   std::vector<std::string> started;  // command lines in order
+  std::vector<std::chrono::milliseconds> limited;  // time that commands were left with, in order
   std::vector<std::string> unlinked;
   std::vector<std::string> measured;           // paths of statvfs, in order
   std::atomic<uint64_t> sleptMicroseconds{0};  // sleeps return at once and are added here
@@ -114,6 +115,7 @@ class FakeHost : public Host {
   int fstatvfs(int fd, struct statvfs* out) override;
   FILE* popen(const char* commandLine) override;
   int pclose(FILE* stream) override;
+  void limitCommand(FILE* stream, std::chrono::milliseconds rest) override;
   int socket(int domain, int type, int protocol) override;
   int netlinkRequest(int protocol, const std::string& request, std::string& reply) override;
   bool hostNameOfAddress(const in_addr& address, std::string& name) override;

@@ -3,11 +3,13 @@
 #include <sys/wait.h>
 
 #include <cctype>
+#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
+#include <utility>
 
 #include "base/Text.h"
 #include "host/Handles.h"
@@ -40,9 +42,13 @@ constexpr size_t kMaxLineSize = size_t{1} << 20;
 // long would only multiply the delay: the groups of one scan read a dozen keys.
 bool agentIsStuck = false;
 
+// An agent that has told its line has nothing more to do.
+constexpr std::chrono::seconds kTimeAfterLine{1};
+
 // The first line with its newline; nothing when there is no output. The rest of the output is read
 // and dropped: a child that writes into a closed pipe would end with a code that is not its own.
-std::optional<std::string> readFirstLine(FILE* stream) {
+std::optional<std::string> readFirstLine(CommandStream& command) {
+  FILE* stream = command.get();
   std::string line;
   line.reserve(kFirstLineSize);
   bool ended = false;
@@ -50,7 +56,7 @@ std::optional<std::string> readFirstLine(FILE* stream) {
   for (int character = std::getc(stream); character != EOF; character = std::getc(stream)) {
     any = true;
     if (!ended && line.size() < kMaxLineSize) line.push_back(static_cast<char>(character));
-    ended = ended || character == '\n';
+    if (character == '\n' && !std::exchange(ended, true)) command.endWithin(kTimeAfterLine);
   }
   if (!any) return std::nullopt;
   return line.substr(0, line.find('\0'));
@@ -91,7 +97,7 @@ int runCommand(std::string& output, const char* command, bool& killedSilent) {
   log->traceMAX(at(), "hardware after command=%s", command);
   CommandStream stream(command);
   if (!stream) return traceNotStarted(command);
-  std::optional<std::string> line = readFirstLine(stream.get());
+  std::optional<std::string> line = readFirstLine(stream);
   const int status = stream.close();
   if (!line) {
     killedSilent = wasKilled(status);

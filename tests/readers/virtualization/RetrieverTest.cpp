@@ -248,6 +248,51 @@ TEST_F(StuckAgent, isNotWaitedForASecondTime) {
             1);
 }
 
+// On the real machine: the agent is a program of this name on the path.
+class HangingAgent : public testing::Test {
+ protected:
+  void install(const std::string& script) {
+    const auto agent = m_directory.path() / "vmware-guestd";
+    std::ofstream(agent) << "#!/bin/sh\n" << script;
+    std::filesystem::permissions(agent, std::filesystem::perms::owner_all);
+    setenv("PATH", (m_directory.path().string() + ":" + m_path).c_str(), 1);
+    askStuckAgentAgain();
+  }
+  ~HangingAgent() override {
+    setenv("PATH", m_path.c_str(), 1);
+    askStuckAgentAgain();
+  }
+
+  TemporaryDirectory m_directory;
+  const std::string m_path = getenv("PATH");
+  const std::chrono::steady_clock::time_point m_before = std::chrono::steady_clock::now();
+};
+
+TEST_F(HangingAgent, isWaitedForOneSecondAfterItsLine_whatItPrintedIsTaken) {
+  install("echo KQXYZ12\nsleep 100\n");
+  std::string text;
+  EXPECT_EQ(getNodeId(text), 1);
+  EXPECT_EQ(text, "KQXYZ12");
+  const auto waited = std::chrono::steady_clock::now() - m_before;
+  EXPECT_GE(waited, std::chrono::seconds(1));
+  EXPECT_LT(waited, std::chrono::seconds(5));
+}
+
+TEST_F(HangingAgent, thatGoesOnPrintingEndsAsSoon) {
+  install("while echo KQXYZ12; do :; done\n");
+  std::string text;
+  EXPECT_EQ(getNodeId(text), 1);
+  EXPECT_EQ(text, "KQXYZ12");
+  EXPECT_LT(std::chrono::steady_clock::now() - m_before, std::chrono::seconds(5));
+}
+
+TEST_F(HangingAgent, thatEndsInTimeKeepsItsExitCode) {
+  install("echo no value\nsleep 0.2\nexit 3\n");
+  std::string text = "before";
+  EXPECT_EQ(getNodeId(text), 0);
+  EXPECT_EQ(text, "before");
+}
+
 TEST_F(StuckAgent, isAskedAgainWhenToldSo) {
   m_host.commands[agentCommand("dov_node_id")] = {"", kKilled};
   setAgentValue(m_host, "dov_vm_id", "guest-7");
