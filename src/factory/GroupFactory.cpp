@@ -1,10 +1,13 @@
 #include "factory/GroupFactory.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "base/File.h"
 #include "catalogue/Catalogue.h"
 #include "config/DovCfg.h"
 #include "factory/HWXmlDovParser.h"
-#include "host/Handles.h"
+#include "host/InputFile.h"
 #include "log/CcLogWrapper.h"
 #include "readers/firmware/smbios/SMBIOSTable.h"
 #include "xmltree/ParseNodeSink.h"
@@ -21,32 +24,32 @@ constexpr uint32_t kSkippedGroup = 26;
 struct ParsedSection {
   std::unique_ptr<Node> node;
   int error = 0;
+  bool isTooDeep = false;
 };
 
 template <class Parser, class Sink>
-ParsedSection parseSection(const String& fileName, int tagType, const char* const (&traces)[2]) {
+ParsedSection parseSection(FILE* file, int tagType, const char* const (&traces)[2]) {
   const TraceFunction at{kSourcePath, "loadNodeFromFile()"};
   CcLogWrapper* log = getCcLogHw();
   Sink sink;
   log->traceMAX(at(), "hardware %s", traces[0]);
-  const Parser parser(fileName, sink);
+  const Parser parser(file, sink);
   log->traceMAX(at(), "hardware %s", traces[1]);
-  ParsedSection section{std::unique_ptr<Node>(sink.getNode(tagType)), parser.error()};
+  ParsedSection section{std::unique_ptr<Node>(sink.getNode(tagType)), parser.error(),
+                        parser.isTooDeep()};
   log->traceMAX(at(), "hardware After sink->getNode()");
   log->traceMAX(at(), "hardware %s is %d", "Error from dovparser", section.error);
   return section;
 }
 
-ParsedSection parseFile(const String& fileName, int tagType) {
+ParsedSection parseFile(FILE* file, int tagType) {
   if (tagType == kHardwareSection) {
     return parseSection<XmlDovParser, ParseNodeSink>(
-        fileName, tagType, {"After ParseNodeSink()", "After new XmlDovParser()"});
+        file, tagType, {"After ParseNodeSink()", "After new XmlDovParser()"});
   }
   return parseSection<HWXmlDovParser, HWParseNodeSink>(
-      fileName, tagType, {"After HWParseNodeSink()", "After new HWXmlDovParser()"});
+      file, tagType, {"After HWParseNodeSink()", "After new HWXmlDovParser()"});
 }
-
-bool canBeRead(const String& fileName) { return openFile(fileName.c_str()) != nullptr; }
 
 }  // namespace
 
@@ -112,13 +115,15 @@ int GroupFactory::loadNodeFromFile(String fileName, int tagType) {
   if (tagType != kHardwareSection && tagType != kProcessorsSection && tagType != kQcmsSection) {
     return end(0);
   }
-  if (!canBeRead(fileName)) {
+  const FileStream file = openInputFile(fileName.c_str());
+  if (!file) {
     log->traceMIN(at(), "hardware Can't open file %s for read", fileName.c_str());
     return end(kCannotOpen);
   }
   log->traceMAX(at(), "hardware Open config file %s for read", fileName.c_str());
 
-  const ParsedSection section = parseFile(fileName, tagType);
+  const ParsedSection section = parseFile(file.get(), tagType);
+  m_isTooDeep = section.isTooDeep;
   if (section.error != 0) {
     log->traceMIN(at(), "hardware Error parsing the xmlfile %s", fileName.c_str());
     return end(kParseError);
@@ -133,11 +138,18 @@ int GroupFactory::loadNodeFromFile(String fileName, int tagType) {
 void GroupFactory::getHWGroupFromNode(const Node* node) {
   const TraceFunction at{kSourcePath, "getHWGroupFromNode()"};
   if (node == nullptr) return;
-  if (node->name() == "Hardware") {
-    for (const auto& child : node->children()) getHWGroupFromNode(child.get());
-  } else if (node->name() == "Group" && node->attributes().find("Name") != nullptr) {
-    getCcLogHw()->traceMAX(at(), "hardware %s", "add a new element to the group...");
-    m_groupNames.push_back(node->attribute("Name"));
+  std::vector<const Node*> rest{node};  // in document order from its end
+  while (!rest.empty()) {
+    const Node& next = *rest.back();
+    rest.pop_back();
+    if (next.name() == "Hardware") {
+      const auto& children = next.children();
+      std::transform(children.rbegin(), children.rend(), std::back_inserter(rest),
+                     [](const auto& child) { return child.get(); });
+    } else if (next.name() == "Group" && next.attributes().find("Name") != nullptr) {
+      getCcLogHw()->traceMAX(at(), "hardware %s", "add a new element to the group...");
+      m_groupNames.push_back(next.attribute("Name"));
+    }
   }
 }
 

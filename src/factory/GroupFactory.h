@@ -77,6 +77,9 @@ class GroupFactory {
   // 0 section loaded, kSectionAbsent, kParseError, kCannotOpen; 0 at once for another tag type.
   int loadNodeFromFile(String fileName, int tagType);
 
+  // True when the file loaded last was a kParseError for its depth alone.
+  bool isTooDeep() const { return m_isTooDeep; }
+
   const String& hwConfigFile() const { return m_HWConfigFile; }
   const std::list<String>& groupNames() const { return m_groupNames; }
   const std::vector<std::unique_ptr<ProcessorInfo>>& processors() const { return m_processors; }
@@ -97,6 +100,7 @@ class GroupFactory {
   std::vector<std::unique_ptr<QCMInfo>> m_qcms;
   String m_HWConfigFile;
   std::list<String> m_groupNames;
+  bool m_isTooDeep = false;
 };
 
 }  // namespace quenlor

@@ -10,6 +10,7 @@ namespace quenlor {
 class HWXmlDovParser : public XmlDovParser {
  public:
   HWXmlDovParser(const String& fileName, HWParseNodeSink& sink) : XmlDovParser(fileName, sink) {}
+  HWXmlDovParser(FILE* stream, HWParseNodeSink& sink) : XmlDovParser(stream, sink) {}
 };
 
 }  // namespace quenlor

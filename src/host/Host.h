@@ -106,6 +106,8 @@ class Host {
   // of the answer, one after the other, up to and with the end of a dump, an acknowledgement or the
   // single answer. 0 or an errno; what came before an error stays in the reply.
   virtual int netlinkRequest(int protocol, const std::string& request, std::string& reply) = 0;
+  // As long as the resolver waits for each of its name servers once.
+  virtual std::chrono::milliseconds resolverRound() = 0;
   // Official name of an IPv4 address as gethostbyaddr gives it; false when there is none.
   virtual bool hostNameOfAddress(const in_addr& address, std::string& name) = 0;
 

@@ -24,9 +24,9 @@ void openStandardDescriptors() {
   }
 }
 
-void setDefaultAction(int signal) {
+void setAction(int signal, void (*handler)(int)) {
   struct sigaction action {};
-  action.sa_handler = SIG_DFL;
+  action.sa_handler = handler;
   ::sigaction(signal, &action, nullptr);
 }
 
@@ -44,8 +44,9 @@ void setThreadStackSize() {
 
 void prepareProcess() {
   openStandardDescriptors();
-  setDefaultAction(SIGCHLD);  // ignored, it would make children vanish without a wait status
-  setDefaultAction(SIGPIPE);
+  setAction(SIGCHLD, SIG_DFL);  // ignored, it would make children vanish without a wait status
+  setAction(SIGPIPE, SIG_DFL);
+  setAction(SIGXFSZ, SIG_IGN);  // a file that may not grow is a failed write, which has a status
   sigset_t faults;
   sigemptyset(&faults);
   sigaddset(&faults, SIGSEGV);  // blocked, the port probe's fault would kill the process

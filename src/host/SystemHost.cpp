@@ -5,11 +5,14 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <netdb.h>
+#include <netinet/in.h>
+#include <resolv.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <clocale>
 #include <cstdio>
@@ -89,6 +92,15 @@ void SystemHost::tellCutOff(const std::string& commandLine) {
 
 int SystemHost::socket(int domain, int type, int protocol) {
   return ::socket(domain, type | SOCK_CLOEXEC, protocol);
+}
+
+std::chrono::milliseconds SystemHost::resolverRound() {
+  struct __res_state resolver {};
+  if (::res_ninit(&resolver) != 0) return std::chrono::seconds(RES_TIMEOUT);
+  const int servers = std::max(resolver.nscount, 1);
+  const std::chrono::seconds round(int64_t{resolver.retrans} * servers);
+  ::res_nclose(&resolver);
+  return round;
 }
 
 bool SystemHost::hostNameOfAddress(const in_addr& address, std::string& name) {

@@ -37,6 +37,7 @@ class SystemHost : public Host {
   }
   int socket(int domain, int type, int protocol) override;
   int netlinkRequest(int protocol, const std::string& request, std::string& reply) override;
+  std::chrono::milliseconds resolverRound() override;
   bool hostNameOfAddress(const in_addr& address, std::string& name) override;
   int uname(struct utsname* out) override;
   int sysinfo(struct sysinfo* out) override;

@@ -28,6 +28,8 @@ struct Worker {
   Clock::time_point since;  // when it began with it
   bool hasEnded = false;    // takes no more requests
   bool isGivenUp = false;   // nobody looks at what it does any more
+
+  bool isRunning() const { return !hasEnded && !isGivenUp; }
 };
 
 // Owned by the caller and its workers together: whoever comes back late still has what it touches.
@@ -41,21 +43,38 @@ struct Shared {
   std::function<void()> onAnswer;
   size_t next = 0;       // in order
   size_t running = 0;    // workers at a request, but for those given up
+  size_t atFirst = 0;    // of them at one that should not hang
   size_t mayGiveUp = 0;  // so many more
 
   bool isQueueEmpty() const { return next == order.size(); }
   const Request& front() const { return requests[order[next]]; }
 
-  // Whether the next request may be begun beside so many running ones: each can hang.
-  bool mayBegin(size_t others) const {
-    if (isQueueEmpty()) return false;
+  // Whether all requests that should not hang and are running do hang, it seems.
+  bool isKeptWaiting() const {
+    const auto recently = Clock::now() - kPatience;
+    return std::none_of(workers.begin(), workers.end(), [&](const auto& worker) {
+      return worker->isRunning() && !requests[worker->request].mayHang && worker->since > recently;
+    });
+  }
+
+  // Whether the next request may be begun beside the running ones: each can hang. What may hang
+  // lets all others be done before, unless those have used up the patience with them.
+  bool mayBegin() const {
+    if (isQueueEmpty() || (front().mayHang && atFirst > 0 && !isKeptWaiting())) return false;
     const size_t kept = front().mayHang ? WorkerPool::kReserve : 0;
-    return others + kept < mayGiveUp;
+    return running + kept < mayGiveUp;
   }
 
   void begin(Worker& worker) {
     worker.request = order[next++];
     worker.since = Clock::now();
+    count(worker, 1);
+  }
+
+  // A worker that is at its request, or no longer is.
+  void count(const Worker& worker, int step) {
+    running += static_cast<size_t>(step);
+    if (!requests[worker.request].mayHang) atFirst += static_cast<size_t>(step);
   }
 
   // What the worker is to do next, after what it has done; null: it is to end.
@@ -63,12 +82,12 @@ struct Shared {
     const std::lock_guard lock(mutex);
     if (worker.isGivenUp) return nullptr;
     outcomes[worker.request] = Outcome::kAnswered;
-    if (mayBegin(running - 1)) {
+    count(worker, -1);
+    if (mayBegin()) {
       begin(worker);
       return &requests[worker.request];
     }
     worker.hasEnded = true;
-    --running;
     changed.notify_all();
     return nullptr;
   }
@@ -124,18 +143,10 @@ class Supervisor {
 
   bool needsWorker() const {
     const Shared& shared = *m_shared;
-    if (shared.running >= WorkerPool::kMostWorkers || !shared.mayBegin(shared.running) ||
-        Clock::now() >= m_end) {
+    if (shared.running >= WorkerPool::kMostWorkers || !shared.mayBegin() || Clock::now() >= m_end) {
       return false;
     }
-    return shared.running == 0 || shared.front().mayHang || isKeptWaiting();
-  }
-
-  bool isKeptWaiting() const {
-    const auto recently = Clock::now() - kPatience;
-    return std::none_of(
-        m_shared->workers.begin(), m_shared->workers.end(),
-        [recently](const auto& worker) { return isRunning(*worker) && worker->since > recently; });
+    return shared.running == 0 || shared.front().mayHang || shared.isKeptWaiting();
   }
 
   bool startWorker() {
@@ -146,11 +157,11 @@ class Supervisor {
         WorkerStart{m_shared, &worker, &shared.requests[worker.request]});
     if (pthread_create(&worker.thread, nullptr, runWorker, start.get()) != 0) {
       --shared.next;
+      shared.count(worker, -1);
       shared.workers.pop_back();
       return false;
     }
     static_cast<void>(start.release());  // the worker's now
-    ++shared.running;
     return true;
   }
 
@@ -158,24 +169,24 @@ class Supervisor {
   Clock::time_point nextLook() const {
     Clock::time_point look = m_end;
     for (const auto& worker : m_shared->workers) {
-      if (isRunning(*worker)) look = std::min(look, worker->since + m_limit);
+      if (worker->isRunning()) look = std::min(look, worker->since + m_limit);
     }
-    const bool othersWait = !m_shared->isQueueEmpty() && !m_shared->front().mayHang;
+    const bool othersWait = !m_shared->isQueueEmpty() && m_shared->atFirst > 0;
     return othersWait ? std::min(look, Clock::now() + kPatience) : look;
   }
 
   void giveUpOverdue() {
     const auto now = Clock::now();
     for (const auto& worker : m_shared->workers) {
-      if (isRunning(*worker) && (now >= m_end || now >= worker->since + m_limit)) giveUp(*worker);
+      if (worker->isRunning() && (now >= m_end || now >= worker->since + m_limit)) giveUp(*worker);
     }
   }
 
   void giveUp(Worker& worker) {
     worker.isGivenUp = true;
     m_shared->outcomes[worker.request] = Outcome::kNoAnswer;
-    --m_shared->running;
-    m_shared->mayGiveUp -= 1;
+    m_shared->count(worker, -1);
+    --m_shared->mayGiveUp;
     m_budget.spend();
     reportAbandonedWorker();
     pthread_cancel(worker.thread);
@@ -187,8 +198,6 @@ class Supervisor {
       if (!worker->isGivenUp) pthread_join(worker->thread, nullptr);
     }
   }
-
-  static bool isRunning(const Worker& worker) { return !worker.hasEnded && !worker.isGivenUp; }
 
   std::shared_ptr<Shared> m_shared;
   const microseconds m_limit;

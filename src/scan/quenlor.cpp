@@ -40,7 +40,9 @@ void explainFailure(const CommandLine& options, int status) {
   const char* const format = [status] {
     switch (status) {
       case kExitScanConfigMalformed:
-        return "quenlor: %s: the scan configuration is not well-formed XML\n";
+        return GroupFactory::getInstance().isTooDeep()
+                   ? "quenlor: %s: the scan configuration is nested too deeply\n"
+                   : "quenlor: %s: the scan configuration is not well-formed XML\n";
       case kExitScanConfigUnreadable:
         return "quenlor: %s: the scan configuration cannot be read\n";
       case kExitOutputClose:

@@ -7,6 +7,17 @@ namespace quenlor {
 
 Node::Node(String name) : m_name(std::move(name)) {}
 
+// Nodes go one after the other: each inside the end of its parent, a deep tree would need as deep a
+// stack.
+Node::~Node() {
+  std::vector<std::unique_ptr<Node>> rest = takeChildren();
+  while (!rest.empty()) {
+    const std::unique_ptr<Node> node = std::move(rest.back());
+    rest.pop_back();
+    for (auto& child : node->takeChildren()) rest.push_back(std::move(child));
+  }
+}
+
 void Node::setAttribute(String key, String value) {
   m_attributes.set(std::move(key), std::move(value));
 }

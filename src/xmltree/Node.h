@@ -15,7 +15,7 @@ namespace quenlor {
 class Node {
  public:
   explicit Node(String name);
-  ~Node() = default;
+  ~Node();
   Node(const Node&) = delete;
   Node& operator=(const Node&) = delete;
 

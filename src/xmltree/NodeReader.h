@@ -18,7 +18,7 @@ namespace quenlor {
 // the document itself is ever opened.
 class NodeReader {
  public:
-  static constexpr int kMaxDepth = 256;
+  static constexpr int kMaxDepth = 1024;
   // The result where the sink's own answer to an error was 0.
   static constexpr int kFailed = -1;
 
@@ -29,6 +29,9 @@ class NodeReader {
   // 0 when the whole document was read and the sink took its tree. One call per reader.
   int readFile(const String& fileName);
   int read(FILE* stream);
+
+  // True when the document was refused for its depth.
+  bool isTooDeep() const { return m_depth > kMaxDepth; }
 
  private:
   struct Events;  // the parser's callbacks

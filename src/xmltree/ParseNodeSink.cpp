@@ -1,6 +1,10 @@
 #include "xmltree/ParseNodeSink.h"
 
+#include <algorithm>
+#include <iterator>
+#include <memory>
 #include <utility>
+#include <vector>
 
 namespace quenlor {
 namespace {
@@ -10,11 +14,19 @@ constexpr char kHardwareElement[] = "Hardware";
 // Moves the outermost "Hardware" elements below the node to another one. Takes the tree to pieces
 // instead of detaching one element after the other, which a million siblings would make quadratic.
 void moveHardware(Node& from, Node& to) {
-  for (auto& child : from.takeChildren()) {
-    if (child->name() == kHardwareElement) {
-      to.addChild(std::move(child));
+  std::vector<std::unique_ptr<Node>> rest;  // in document order from its end
+  const auto pushChildren = [&rest](Node& node) {
+    auto children = node.takeChildren();
+    std::move(children.rbegin(), children.rend(), std::back_inserter(rest));
+  };
+  pushChildren(from);
+  while (!rest.empty()) {
+    std::unique_ptr<Node> node = std::move(rest.back());
+    rest.pop_back();
+    if (node->name() == kHardwareElement) {
+      to.addChild(std::move(node));
     } else {
-      moveHardware(*child, to);
+      pushChildren(*node);
     }
   }
 }

@@ -1,6 +1,7 @@
 #include "factory/GroupFactory.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <cstdio>
@@ -81,7 +82,30 @@ TEST_F(GroupFactoryTest, malformedFilesAreParseErrors) {
   EXPECT_EQ(groupsOf("<Hardware><Group Name='A'/>", 2), Names{});
   EXPECT_EQ(groupsOf("", 2), Names{});
   EXPECT_EQ(groupsOf("just text", 2), Names{});
-  EXPECT_EQ(factory.loadNodeFromFile(directory.path().string(), kHardwareSection), 2);
+}
+
+TEST_F(GroupFactoryTest, whatIsNoFileCannotBeOpened_fifoIsNotWaitedFor) {
+  EXPECT_EQ(factory.loadNodeFromFile(directory.path().string(), kHardwareSection), 5);
+  EXPECT_EQ(factory.loadNodeFromFile("/dev/null", kHardwareSection), 5);
+  const std::string fifo = directory.path("fifo");
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  EXPECT_EQ(factory.loadNodeFromFile(fifo, kHardwareSection), 5);
+}
+
+TEST_F(GroupFactoryTest, thousandLevelsAreTaken_moreThanTheLimitIsToldApartFromOtherErrors) {
+  const auto nested = [](int levels) {
+    std::string text;
+    for (int i = 1; i < levels; ++i) text += "<Hardware>";
+    text += "<Group Name='deep'/>";
+    for (int i = 1; i < levels; ++i) text += "</Hardware>";
+    return text;
+  };
+  EXPECT_EQ(groupsOf(nested(1000), 0), Names{"deep"});
+  EXPECT_FALSE(factory.isTooDeep());
+  EXPECT_EQ(groupsOf(nested(1025), 2), Names{});
+  EXPECT_TRUE(factory.isTooDeep());
+  EXPECT_EQ(groupsOf("<Hardware>", 2), Names{});
+  EXPECT_FALSE(factory.isTooDeep());
 }
 
 TEST_F(GroupFactoryTest, missingFileCannotBeOpened) {

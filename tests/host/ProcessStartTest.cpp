@@ -3,11 +3,14 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <initializer_list>
@@ -88,6 +91,16 @@ TEST(ProcessStart, signalsGetTheirDefaultActions) {
     ::sigaction(SIGCHLD, nullptr, &child);
     ::sigaction(SIGPIPE, nullptr, &pipe);
     return child.sa_handler == SIG_DFL && pipe.sa_handler == SIG_DFL;
+  }));
+}
+
+TEST(ProcessStart, fileThatMayNotGrowIsFailedWriteAndNoDeath) {
+  EXPECT_TRUE(holdsInChild([] {
+    prepareProcess();
+    const struct rlimit none = {0, 0};
+    ::setrlimit(RLIMIT_FSIZE, &none);
+    FILE* file = std::tmpfile();
+    return file != nullptr && ::write(::fileno(file), "x", 1) == -1 && errno == EFBIG;
   }));
 }
 

@@ -23,7 +23,21 @@ expect 11 "a directory" "$program" -c "$work/scan.xml" -o "$work"
 expect 4 "a missing directory" "$program" -c "$work/scan.xml" -o "$work/none/out"
 expect 18 "a list in a missing directory" "$program" -l -o "$work/none/out"
 expect 5 "a missing scan configuration" "$program" -c "$work/none.xml"
-expect 2 "a directory as scan configuration" "$program" -c "$work"
+expect 5 "a directory as scan configuration" "$program" -c "$work"
+mkfifo "$work/fifo"
+expect 5 "a FIFO without a writer as scan configuration" timeout 10 "$program" -c "$work/fifo"
+expect 5 "a device as scan configuration" timeout 10 "$program" -c /dev/zero
+# shellcheck disable=SC2016 # the inner shell's variables
+expect 0 "standard input as scan configuration" sh -c 'cat "$2" | "$1" -c /dev/stdin' sh "$program" "$work/scan.xml"
+{ i=0; while [ $((i += 1)) -le 1100 ]; do printf '<Hardware>'; done; } > "$work/deep.xml"
+expect 2 "a scan configuration nested too deeply" "$program" -c "$work/deep.xml"
+grep -q 'nested too deeply' "$work/err" || { echo "FAILED: a deep scan configuration: no reason"; failed=1; }
+printf '<Hardware><Group Name="PhysicalProcessor"/><Group Name="Regional"/></Hardware>' > "$work/two.xml"
+for blocks in 0 1; do  # of 512 bytes; messages in a file would be under the limit too
+  status=0
+  (ulimit -f "$blocks"; "$program" -c "$work/two.xml" -o "$work/limited" > /dev/null 2>&1) || status=$?
+  [ "$status" -eq 4 ] || { echo "FAILED: files of at most $blocks blocks: status $status, not 4"; failed=1; }
+done
 mkdir "$work/readonly"
 read_only() {
   unshare -m sh -c 'mount -t tmpfs none "$1" && touch "$1/old" && mount -o remount,ro "$1" &&

@@ -62,6 +62,7 @@ class FakeHost : public Host {
   uid_t user = 0;
   // Leaves of each CPU instead of cpuidLeaves, while runOnCpu runs there; also the allowed CPUs.
   std::map<uint32_t, std::map<std::pair<uint32_t, uint32_t>, CpuidRegisters>> cpuidOfCpus;
+  std::chrono::milliseconds resolverPatience{60000};
   std::map<std::string, struct statvfs> fileSystems;           // mount point to statvfs result
   std::function<int(const char*, struct statvfs*)> onStatvfs;  // instead of fileSystems, if set
   std::optional<struct utsname> unameResult;
@@ -118,6 +119,7 @@ class FakeHost : public Host {
   void limitCommand(FILE* stream, std::chrono::milliseconds rest) override;
   int socket(int domain, int type, int protocol) override;
   int netlinkRequest(int protocol, const std::string& request, std::string& reply) override;
+  std::chrono::milliseconds resolverRound() override { return resolverPatience; }
   bool hostNameOfAddress(const in_addr& address, std::string& name) override;
   int uname(struct utsname* out) override;
   int sysinfo(struct sysinfo* out) override;

@@ -308,7 +308,7 @@ TEST(NodeReader, aSinkThatIgnoresErrorsStillGetsNoTreeAndAResult) {
   RecordingSink malformed(0);
   EXPECT_EQ(readDocument("<a>", malformed), NodeReader::kFailed);
   RecordingSink deep(0);
-  EXPECT_EQ(readDocument(nested(300), deep), NodeReader::kFailed);
+  EXPECT_EQ(readDocument(nested(NodeReader::kMaxDepth + 1), deep), NodeReader::kFailed);
   EXPECT_EQ(deep.root, nullptr);
   EXPECT_EQ(deep.kinds.size(), 1u);
 }

@@ -1,54 +1,72 @@
 #include "readers/network/HostNames.h"
 
+#include <pthread.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
 #include <memory>
 #include <utility>
 
-#include "base/Thread.h"
 #include "host/Host.h"
+#include "limits/WorkerPool.h"
 
 namespace quenlor {
 namespace {
 
-// So many look-ups wait at once; whoever asks for more waits a second time.
-constexpr size_t kMostThreads = 64;
+using Clock = std::chrono::steady_clock;
+using Names = std::vector<std::optional<std::string>>;
+using Outcome = WorkerPool::Outcome;
+using std::chrono::milliseconds;
 
-class Lookup final : public Thread {
- public:
-  explicit Lookup(const in_addr& address) : m_address(address) {}
+// A question that was lost on the way is asked again after the first round. The answer comes soon.
+constexpr milliseconds kTimeForRetry{1000};
 
-  void run() override {
-    std::string name;
-    if (host().hostNameOfAddress(m_address, name)) m_name = std::move(name);
+std::optional<std::string> lookUp(const in_addr& address) {
+  std::string name;
+  if (!host().hostNameOfAddress(address, name)) return std::nullopt;
+  return name;
+}
+
+std::vector<WorkerPool::Request> requestsFor(const std::vector<in_addr>& addresses,
+                                             const std::shared_ptr<Names>& names) {
+  std::vector<WorkerPool::Request> requests;
+  for (size_t i = 0; i < addresses.size(); ++i) {
+    requests.push_back({[names, i, address = addresses[i]] {
+      // Unwound from within, the resolver would keep its locks.
+      pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+      (*names)[i] = lookUp(address);
+    }});
   }
+  return requests;
+}
 
-  std::optional<std::string> take() { return std::move(m_name); }
-
- private:
-  in_addr m_address;
-  std::optional<std::string> m_name;
-};
+void tellUnlessAllAnswered(const std::vector<Outcome>& outcomes, milliseconds limit) {
+  if (std::count(outcomes.begin(), outcomes.end(), Outcome::kNoAnswer) == 0) return;
+  std::fprintf(stderr,
+               "quenlor: the name service did not answer within %lld ms, addresses have this "
+               "machine's own name\n",
+               static_cast<long long>(limit.count()));
+}
 
 }  // namespace
 
 std::vector<std::optional<std::string>> hostNamesOf(const std::vector<in_addr>& addresses) {
-  std::vector<std::optional<std::string>> names;
-  while (names.size() < addresses.size()) {
-    std::vector<std::unique_ptr<Lookup>> lookups;
-    for (size_t i = names.size(); i < addresses.size() && lookups.size() < kMostThreads; ++i) {
-      lookups.push_back(std::make_unique<Lookup>(addresses[i]));
-    }
-    // The last one needs no thread; where none can be made, look-ups are done in turn here.
-    std::vector<Lookup*> here;
-    for (const auto& lookup : lookups) {
-      if (lookup == lookups.back() || !lookup->start()) here.push_back(lookup.get());
-    }
-    for (Lookup* lookup : here) lookup->run();
-    for (const auto& lookup : lookups) {
-      lookup->join();
-      names.push_back(lookup->take());
-    }
+  if (addresses.empty()) return {};
+  const milliseconds limit = host().resolverRound() + kTimeForRetry;
+  const auto end = Clock::now() + limit;
+  const auto names = std::make_shared<Names>(addresses.size());
+  WorkerBudget budget(WorkerPool::kMostWorkers);
+  const auto outcomes = WorkerPool({limit, limit}, budget).run(requestsFor(addresses, names));
+  tellUnlessAllAnswered(outcomes, limit);
+
+  Names result(addresses.size());
+  for (size_t i = 0; i < addresses.size(); ++i) {
+    if (outcomes[i] == Outcome::kAnswered) result[i] = std::move((*names)[i]);
+    // Where no thread can be made, look-ups are done in turn here.
+    if (outcomes[i] == Outcome::kNotAsked && Clock::now() < end) result[i] = lookUp(addresses[i]);
   }
-  return names;
+  return result;
 }
 
 }  // namespace quenlor

@@ -10,7 +10,9 @@
 namespace quenlor {
 
 // The official name of each address, in the same order; nothing where there is none. All are asked
-// at once, since each takes tens of seconds when no name server answers. All threads are joined.
+// at once. When the name servers are dead it ends after one round of the resolver for all of them
+// together and a second more, says so in one line on standard error, and leaves its workers behind
+// (reportAbandonedWorker()).
 std::vector<std::optional<std::string>> hostNamesOf(const std::vector<in_addr>& addresses);
 
 }  // namespace quenlor

@@ -3,12 +3,16 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "base/Event.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/NoThreads.h"
 
@@ -74,6 +78,61 @@ TEST(HostNames, manyMoreAddressesAreLookedUpInTurns) {
   const auto names = hostNamesOf(addresses(1000));
   ASSERT_EQ(names.size(), 1000U);
   EXPECT_EQ(names[999], "host1000");
+}
+
+// Name servers that answer nobody until the test ends.
+class DeadNameService : public test::FakeHost {
+ public:
+  DeadNameService() { resolverPatience = std::chrono::milliseconds(200); }
+  ~DeadNameService() override {
+    m_state->release.signal();
+    while (m_state->left < m_state->entered) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
+
+  bool hostNameOfAddress(const in_addr& asked, std::string& name) override {
+    if (FakeHost::hostNameOfAddress(asked, name)) return true;
+    const auto state = m_state;
+    ++state->entered;
+    state->release.wait(60000);
+    ++state->left;
+    return false;
+  }
+
+ private:
+  struct State {
+    Event release;
+    std::atomic<int> entered{0};
+    std::atomic<int> left{0};
+  };
+  std::shared_ptr<State> m_state = std::make_shared<State>();
+};
+
+TEST(HostNames, fiftyAddressesAndDeadNameServerCostOneRoundOfTheResolver_oneLineSaysSo) {
+  DeadNameService machine;
+  machine.hostNames = {{"10.0.0.7", "seven"}};
+  ::testing::internal::CaptureStderr();
+  const auto before = std::chrono::steady_clock::now();
+  const auto names = hostNamesOf(addresses(50));
+  const auto waited = std::chrono::steady_clock::now() - before;
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "quenlor: the name service did not answer within 1200 ms, addresses have this "
+            "machine's own name\n");
+  EXPECT_GE(waited, std::chrono::milliseconds(1200));
+  EXPECT_LT(waited, std::chrono::seconds(4));
+  ASSERT_EQ(names.size(), 50U);
+  EXPECT_EQ(names[6], "seven");
+  EXPECT_EQ(names[7], std::nullopt);
+}
+
+TEST(HostNames, manyMoreAddressesAndDeadNameServerCostNoMore) {
+  DeadNameService machine;
+  const auto before = std::chrono::steady_clock::now();
+  ::testing::internal::CaptureStderr();
+  EXPECT_EQ(hostNamesOf(addresses(500)).size(), 500U);
+  ::testing::internal::GetCapturedStderr();
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(4));
 }
 
 TEST(HostNames, withoutThreadsAllAddressesAreLookedUpAllTheSame) {
