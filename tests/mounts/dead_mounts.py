@@ -77,7 +77,7 @@ class Scan:
         return self._process.wait(30)
 
     def kilobytes(self, directory):
-        row = re.search(rf"<FSMountPoint IsKey="1">{re.escape(str(directory))}</FSMountPoint>"
+        row = re.search(rf'<FSMountPoint IsKey="1">{re.escape(str(directory))}</FSMountPoint>'
                         r"\s*<FSTotalSize>(\d+)</FSTotalSize>", self.text)
         return int(row[1]) if row else None
 
