@@ -1,8 +1,6 @@
 #include "host/CommandRunner.h"
 
-#include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,23 +9,18 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <optional>
 #include <set>
 #include <thread>
 #include <utility>
-#include <vector>
+
+#include "host/CommandSpawn.h"
 
 namespace quenlor {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
-
-constexpr char kShell[] = "/bin/sh";
-constexpr char kNowhere[] = "/dev/null";
-constexpr char kLocaleVariable[] = "LC_ALL=";
-constexpr char kLocaleOfChildren[] = "LC_ALL=C";
 
 // Output that nobody wants is read up to here, so that a command in its last words is not stopped
 // by SIGPIPE and reports its own status.
@@ -37,102 +30,6 @@ constexpr size_t kDrainLimit = 1 << 20;
 constexpr size_t kLongestOutput = 32 << 20;
 // A killed child that does not end within this time sits in the kernel and is left alone.
 constexpr milliseconds kGraceAfterKill{1000};
-
-class OwnedDescriptor {
- public:
-  explicit OwnedDescriptor(int fd = -1) : m_fd(fd) {}
-  OwnedDescriptor(OwnedDescriptor&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
-  OwnedDescriptor& operator=(OwnedDescriptor&& other) noexcept {
-    std::swap(m_fd, other.m_fd);
-    return *this;
-  }
-  ~OwnedDescriptor() {
-    if (m_fd >= 0) ::close(m_fd);
-  }
-  int get() const { return m_fd; }
-
- private:
-  int m_fd;
-};
-
-struct Pipe {
-  OwnedDescriptor readEnd;
-  OwnedDescriptor writeEnd;
-};
-
-std::optional<Pipe> makePipe() {
-  int ends[2];
-  if (::pipe2(ends, O_CLOEXEC) != 0) return std::nullopt;
-  return Pipe{OwnedDescriptor(ends[0]), OwnedDescriptor(ends[1])};
-}
-
-// Something that reads as empty. A root directory without devices has no /dev/null; there a pipe
-// that nobody writes to serves as well.
-OwnedDescriptor openNoInput() {
-  OwnedDescriptor null(::open(kNowhere, O_RDONLY | O_CLOEXEC));
-  if (null.get() >= 0) return null;
-  std::optional<Pipe> pipe = makePipe();
-  return pipe ? std::move(pipe->readEnd) : OwnedDescriptor();
-}
-
-// Where commands complain: on most machines some of them are missing, and what their shell says of
-// it would bury the scanner's own messages. Without /dev/null the complaints stay on our standard
-// error.
-OwnedDescriptor openNoErrors() { return OwnedDescriptor(::open(kNowhere, O_WRONLY | O_CLOEXEC)); }
-
-// Our environment, in a locale whose texts the parsers know. Ours itself stays as it is.
-std::vector<char*> childEnvironment() {
-  std::vector<char*> variables;
-  for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
-    if (std::strncmp(*variable, kLocaleVariable, sizeof kLocaleVariable - 1) != 0) {
-      variables.push_back(*variable);
-    }
-  }
-  variables.push_back(const_cast<char*>(kLocaleOfChildren));
-  variables.push_back(nullptr);
-  return variables;
-}
-
-// What the child gets instead of our own signal state and standard streams.
-class SpawnSettings {
- public:
-  SpawnSettings(int input, int output, int errors) {
-    posix_spawnattr_init(&m_attributes);
-    posix_spawn_file_actions_init(&m_actions);
-    sigset_t every;
-    sigfillset(&every);
-    posix_spawnattr_setsigdefault(&m_attributes, &every);
-    sigset_t none;
-    sigemptyset(&none);
-    posix_spawnattr_setsigmask(&m_attributes, &none);
-    posix_spawnattr_setpgroup(&m_attributes, 0);  // a group of its own, named after the child
-    posix_spawnattr_setflags(
-        &m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-    // The descriptors lie above 2, since prepareProcess() has opened the standard ones.
-    posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&m_actions, input, STDIN_FILENO);
-    if (errors >= 0) posix_spawn_file_actions_adddup2(&m_actions, errors, STDERR_FILENO);
-  }
-  ~SpawnSettings() {
-    posix_spawn_file_actions_destroy(&m_actions);
-    posix_spawnattr_destroy(&m_attributes);
-  }
-  SpawnSettings(const SpawnSettings&) = delete;
-  SpawnSettings& operator=(const SpawnSettings&) = delete;
-
-  // 0, or the error number.
-  int spawn(const char* commandLine, pid_t* pid) const {
-    char shellName[] = "sh";
-    char commandOption[] = "-c";
-    char* const arguments[] = {shellName, commandOption, const_cast<char*>(commandLine), nullptr};
-    return posix_spawn(pid, kShell, &m_actions, &m_attributes, arguments,
-                       childEnvironment().data());
-  }
-
- private:
-  posix_spawnattr_t m_attributes;
-  posix_spawn_file_actions_t m_actions;
-};
 
 }  // namespace
 
@@ -293,8 +190,7 @@ FILE* CommandRunner::start(const char* commandLine) {
   if (!pipe || input.get() < 0) return nullptr;
 
   pid_t pid = -1;
-  const int error =
-      SpawnSettings(input.get(), pipe->writeEnd.get(), errors.get()).spawn(commandLine, &pid);
+  const int error = spawnShell(commandLine, input.get(), pipe->writeEnd.get(), errors.get(), &pid);
   if (error != 0) {
     errno = error;
     return nullptr;
