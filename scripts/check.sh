@@ -15,7 +15,7 @@ tsan() {
 # Units, fixture machines and fuzz corpora. In a virtual machine it would say nothing new and take minutes.
 asan() {
   build asan
-  run_tests asan -LE 'vm|package'
+  run_tests asan -LE 'vm|package|long'
 }
 
 part packages scripts/install-packages.sh test

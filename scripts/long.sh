@@ -2,6 +2,7 @@
 # What takes longer than anybody waits for, part by part; all of it before a release.
 # Usage: long.sh [PART ...]; without PART all of them:
 #   vm       every virtual machine
+#   slow     tests of the shipped program that take minutes: thousands of mounts, full disks, signals
 #   tsan     every test under the thread sanitizer
 #   tidy     clang-tidy of every source
 #   builds   plain, Release, Debug and clang
@@ -9,7 +10,7 @@
 #   fuzz     every fuzz target for QUENLOR_FUZZ_MINUTES (10) minutes
 set -eu
 cd "$(dirname "$0")/.."
-all='vm tsan tidy builds sweeps fuzz'
+all='vm slow tsan tidy builds sweeps fuzz'
 for name in "$@"; do
   case " $all " in
     *" $name "*) ;;
@@ -25,6 +26,11 @@ esac
 vm() {
   build release
   run_tests release -L vm
+}
+
+slow() {
+  build release
+  run_tests release -L long -LE vm
 }
 
 tsan() {

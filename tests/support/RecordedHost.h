@@ -2,6 +2,7 @@
 // of the directory means: tests/recorded/README.md.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <mutex>
@@ -58,6 +59,8 @@ class RecordedHost : public Host {
   int pclose(FILE* stream) override;
   int socket(int domain, int type, int protocol) override;
   int netlinkRequest(int protocol, const std::string& request, std::string& reply) override;
+  void limitCommand(FILE*, std::chrono::milliseconds) override {}  // there are no commands
+  std::chrono::milliseconds resolverRound() override { return std::chrono::milliseconds(0); }
   bool hostNameOfAddress(const in_addr& address, std::string& name) override;
   int uname(struct utsname* out) override;
   int sysinfo(struct sysinfo* out) override;
