@@ -11,5 +11,7 @@ inline constexpr int kExitScanConfigUnreadable = 5;
 inline constexpr int kExitListBuild = 8;
 inline constexpr int kExitOutputOpen = 11;
 inline constexpr int kExitListPrint = 18;
+inline constexpr int kExitCrashed = 70;  // the process that scans ended by a fault
+inline constexpr int kExitGivenUp = 71;  // the scan did not end
 
 }  // namespace quenlor

@@ -16,6 +16,8 @@
 
 #include "host/CommandSpawn.h"
 
+#include "host/ScanState.h"
+
 namespace quenlor {
 namespace {
 
@@ -45,15 +47,21 @@ class CommandRunner::Groups {
   void add(pid_t leader) {
     const std::lock_guard lock(m_mutex);
     m_leaders.insert(leader);
+    scanState().addCommand(leader);
     if (m_areKilled) ::kill(-leader, SIGKILL);  // all the others were, while this one was started
   }
 
-  // As waitpid() that does not wait.
+  // As waitpid() that does not wait. The leader is looked at first and reaped once nobody has its
+  // number any more.
   pid_t reap(pid_t leader, int* status) {
     const std::lock_guard lock(m_mutex);
-    const pid_t found = ::waitpid(leader, status, WNOHANG);
-    if (found == leader || (found < 0 && errno != EINTR)) m_leaders.erase(leader);
-    return found;
+    siginfo_t ended{};
+    const int found = ::waitid(P_PID, static_cast<id_t>(leader), &ended, kLookOnly);
+    if (found < 0 && errno == EINTR) return -1;
+    if (found == 0 && ended.si_pid != leader) return 0;
+    m_leaders.erase(leader);
+    scanState().removeCommand(leader);
+    return ::waitpid(leader, status, WNOHANG);
   }
 
   void killAll() {
@@ -63,6 +71,8 @@ class CommandRunner::Groups {
   }
 
  private:
+  static constexpr int kLookOnly = WEXITED | WNOHANG | WNOWAIT;
+
   mutable std::mutex m_mutex;
   std::set<pid_t> m_leaders;
   bool m_areKilled = false;
@@ -228,7 +238,9 @@ int CommandRunner::finish(FILE* stream) {
   child->drain();
   std::fclose(stream);
   child->closeOutput();
-  return child->reap();
+  const int status = child->reap();
+  countProgress();
+  return status;
 }
 
 void CommandRunner::limit(FILE* stream, milliseconds rest) {

@@ -7,12 +7,15 @@
 #include <utility>
 
 #include "host/Host.h"
+#include "host/ScanState.h"
 
 namespace quenlor {
 
 struct StreamCloser {
   void operator()(FILE* stream) const {
-    if (stream != nullptr) std::fclose(stream);
+    if (stream == nullptr) return;
+    std::fclose(stream);
+    countProgress();
   }
 };
 
@@ -60,7 +63,9 @@ class Descriptor {
     return *this;
   }
   ~Descriptor() {
-    if (m_fd >= 0) host().close(m_fd);
+    if (m_fd < 0) return;
+    host().close(m_fd);
+    countProgress();
   }
 
   explicit operator bool() const { return m_fd >= 0; }

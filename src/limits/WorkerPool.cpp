@@ -9,7 +9,8 @@
 #include <numeric>
 #include <utility>
 
-#include "limits/GetTableThread.h"
+#include "host/ScanState.h"
+#include "limits/AbandonedWorkers.h"
 
 namespace quenlor {
 namespace {
@@ -81,6 +82,7 @@ struct Shared {
   const Request* finish(Worker& worker) {
     const std::lock_guard lock(mutex);
     if (worker.isGivenUp) return nullptr;
+    countProgress();
     outcomes[worker.request] = Outcome::kAnswered;
     count(worker, -1);
     if (mayBegin()) {
@@ -189,6 +191,7 @@ class Supervisor {
     --m_shared->mayGiveUp;
     m_budget.spend();
     reportAbandonedWorker();
+    countProgress();  // the scan goes on without it
     pthread_cancel(worker.thread);
     pthread_detach(worker.thread);
   }

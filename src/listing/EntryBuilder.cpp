@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "factory/GroupFactory.h"
+#include "host/ScanState.h"
 #include "listing/PlainPrinter.h"
 #include "tables/Render.h"
 #include "tables/ValueBlock.h"
@@ -111,6 +112,7 @@ int EntryBuilder::RetrieveAttributeValue(const String& groupName,
   if (names == nullptr || result == nullptr) return 0;
   result->clear();
   const std::unique_ptr<VelGroup> group(GroupFactory::getInstance().getGroup(groupName));
+  const GroupInProgress inProgress(group ? group->getGroupId() : 0);
   const std::unique_ptr<VelTable> table(group ? group->getTable() : nullptr);
   const velGroupDef* record = table ? table->getGroupDefinitionFromId() : nullptr;
   if (record == nullptr) return 0;

@@ -1,17 +1,13 @@
 // Wires the program together: the machine's real collectors, one run, a safe end.
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include "factory/GroupFactory.h"
 #include "groups/createGroup.h"
-#include "host/Host.h"
 #include "host/ProcessStart.h"
-#include "limits/GetTableThread.h"
 #include "scan/quenlor.h"
+#include "supervise/outlive.h"
 
 namespace {
 
@@ -28,16 +24,12 @@ void reportLostOutput() {
 
 int main(int argc, char* argv[]) {
   quenlor::prepareProcess();
-  quenlor::GroupFactory& factory = quenlor::GroupFactory::getInstance();
-  factory.setCreator(quenlor::createGroup);
-  factory.setModernCreator(quenlor::modernGroups);
-  const int status = quenlor::quenlor(argc, argv);
-  reportLostOutput();
-  if (quenlor::hasAbandonedWorkers()) {
-    // A worker still blocked in the kernel uses objects that exit handlers would destroy, and holds
-    // the lock of the stream that it reads: nothing here may walk over all open streams.
-    quenlor::killCommands();
-    _exit(status);
-  }
-  return status;
+  return quenlor::outlive([argc, argv] {
+    quenlor::GroupFactory& factory = quenlor::GroupFactory::getInstance();
+    factory.setCreator(quenlor::createGroup);
+    factory.setModernCreator(quenlor::modernGroups);
+    const int status = quenlor::quenlor(argc, argv);
+    reportLostOutput();
+    return status;
+  });
 }

@@ -17,6 +17,8 @@
 #include "config/ScanSettings.h"
 #include "factory/GroupFactory.h"
 #include "host/Host.h"
+#include "host/ScanState.h"
+#include "limits/ScanDeadline.h"
 #include "listing/EntryBuilder.h"
 #include "log/CcLogWrapper.h"
 #include "scan/CommandLine.h"
@@ -141,6 +143,7 @@ class Scan {
   int scanGroup(const String& name) {
     std::unique_ptr<VelGroup> group(m_factory.getGroup(name));
     if (!group) return 0;
+    const GroupInProgress inProgress(group->getGroupId());
     const std::unique_ptr<VelTable> table(group->getTable());
     m_log->traceMAX(kAt(), "hardware getTable()");
     int code = table ? write(table.get()) : 0;
@@ -175,6 +178,14 @@ int printList(const CommandLine& options, const ScanSettings& settings,
   return kExitSuccess;
 }
 
+void announceDeadline(const ScanSettings& settings) {
+  if (settings.isModern()) {
+    announceScanDeadline(settings.scanLimit);
+  } else {
+    announceClassicDeadline();
+  }
+}
+
 int run(const CommandLine& options, const ScanSettings& settings, EntryBuilder& entryBuilder) {
   if (options.list) return printList(options, settings, entryBuilder);
   if (options.wOption) {
@@ -198,6 +209,7 @@ int quenlor(int argc, char* argv[], EntryBuilder& entryBuilder) {
   if (const int error = DovCfg::getError()) return error;
   const std::optional<ScanSettings> settings = configuredScanSettings();
   if (!settings) return DovCfg::kMalformed;
+  announceDeadline(*settings);
   GroupFactory::getInstance().chooseSources(*settings);
   const String properties = DovCfg::getKey("config_dir") + File::pathSeparator + kTraceProperties;
   CcLogWrapper::initialize(properties.c_str());

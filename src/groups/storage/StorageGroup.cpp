@@ -7,9 +7,11 @@
 
 #include "groups/storage/StorageGatherers.h"
 #include "host/Host.h"
+#include "host/ScanState.h"
 #include "limits/GetTableThread.h"
 #include "log/CcLogWrapper.h"
 #include "readers/storage/SgModule.h"
+#include "readers/storage/SgUse.h"
 #include "readers/storage/StorageText.h"
 #include "readers/storage/TapeBackup.h"
 
@@ -69,6 +71,16 @@ void runGatherers(StorageCollection& collection) {
   runTraced("FloppyDriveInformation()", gatherFloppyDriveInformation, collection);
 }
 
+// Another scan that found the module loaded would lose its drives in the middle.
+void unloadUnlessUsed(SgUse& use) {
+  if (use.isLast(kSgUseLimit)) {
+    unloadSG();
+  } else {
+    scanState().sgLoaded = Certainty::kNo;
+    std::fprintf(stderr, "quenlor: the module sg stays loaded, another scan uses it\n");
+  }
+}
+
 }  // namespace
 
 // Everything that a worker touches. Abandoned, it stays as it is until the process ends.
@@ -100,13 +112,14 @@ VelTable* StorageGroup::getTable() {
   const TraceFunction at{kSourcePath, "getTable()"};
   CcLogWrapper* log = getCcLogHw();
   log->traceMidEntry(at(), "hardware %s", "StorageGroup");
+  SgUse use;
   const bool loadedHere = loadSG() == 1;
   if (loadedHere) {
     waitForSG();
     log->traceMAX(at(), "hardware Load SG Module");
   }
   std::unique_ptr<VelTable> table = collectGuarded();
-  if (loadedHere) unloadSG();
+  if (loadedHere) unloadUnlessUsed(use);
   log->traceMidExit(at(), "hardware %s", "StorageGroup");
   return table.release();
 }

@@ -1,5 +1,6 @@
 #include "groups/storage/StorageRow.h"
 
+#include "host/ScanState.h"
 #include "identity/Identity.h"
 
 namespace quenlor {
@@ -26,6 +27,7 @@ std::string geometryIdText(const DriveGeometry& geometry, uint64_t size) {
 }
 
 void addDriveRow(StorageCollection& collection, const StorageDrive& drive) {
+  countProgress();
   auto row = std::make_unique<VelTableRow>();
   addUlong(*row, kIndex, static_cast<uint32_t>(++collection.index));
   addText(*row, kId, md5Text(drive.idText));

@@ -4,6 +4,7 @@
 
 #include "host/Handles.h"
 #include "host/LineReader.h"
+#include "host/ScanState.h"
 #include "host/SecureTemporary.h"
 #include "log/CcLogWrapper.h"
 
@@ -11,7 +12,6 @@ namespace quenlor {
 namespace {
 
 constexpr const char* kSourcePath = "../../../src/invscan/linux/SgModule.cpp";
-constexpr const char* kErrorFile = "/tmp/modprobe.error";
 constexpr const char* kLoadCommand = "/sbin/modprobe --first-time sg 2>/tmp/modprobe.error";
 constexpr const char* kShowErrorCommand = "cat /tmp/modprobe.error 2>/dev/null";
 constexpr const char* kRemoveErrorCommand = "rm -f /tmp/modprobe.error 2>/dev/null";
@@ -19,6 +19,7 @@ constexpr const char* kUnloadCommand = "/sbin/modprobe --first-time -r sg 2>/dev
 constexpr size_t kLineSize = 256;
 constexpr const char* kScsiDirectory = "/proc/scsi";
 constexpr const char* kSgDirectory = "/proc/scsi/sg";
+constexpr const char* kSgModule = "/sys/module/sg";
 constexpr int kMaxChecks = 51;
 constexpr uint32_t kPauseMicroseconds = 100000;
 
@@ -30,10 +31,14 @@ bool exists(const char* path) {
 // Wait status of modprobe. Nothing when the command was not run: nothing may be written under a
 // name in /tmp that is not ours.
 std::optional<int> runModprobe() {
-  if (!secureTemporaryFile(kErrorFile)) return std::nullopt;
-  CommandStream modprobe(kLoadCommand);
-  if (modprobe) return modprobe.close();
-  host().unlink(kErrorFile);
+  scanState().temporaryMade = true;
+  const bool secured = secureTemporaryFile(kModprobeErrorFile);
+  if (secured) {
+    CommandStream modprobe(kLoadCommand);
+    if (modprobe) return modprobe.close();
+    host().unlink(kModprobeErrorFile);
+  }
+  scanState().temporaryMade = false;
   return std::nullopt;
 }
 
@@ -48,14 +53,34 @@ bool modprobeWasSilent() {
 
 // Where the limits for descriptors or processes are tight, a shell may not be able to.
 void removeErrorFile() {
-  if (CommandStream(kRemoveErrorCommand).close() != 0) host().unlink(kErrorFile);
+  bool removed = CommandStream(kRemoveErrorCommand).close() == 0;
+  if (!removed) removed = host().unlink(kModprobeErrorFile) == 0;
+  if (removed) scanState().temporaryMade = false;
 }
+
+// While modprobe runs nobody knows whether a module that was not there before has been loaded.
+class LoadInProgress {
+ public:
+  LoadInProgress() {
+    const bool isThere = exists(kSgModule) || exists(kSgDirectory);
+    scanState().sgLoaded = isThere ? Certainty::kNo : Certainty::kPerhaps;
+  }
+  ~LoadInProgress() { scanState().sgLoaded = m_loaded ? Certainty::kYes : Certainty::kNo; }
+  LoadInProgress(const LoadInProgress&) = delete;
+  LoadInProgress& operator=(const LoadInProgress&) = delete;
+
+  void setLoaded(bool loaded) { m_loaded = loaded; }
+
+ private:
+  bool m_loaded = false;
+};
 
 }  // namespace
 
 int loadSG() {
   const TraceFunction at{kSourcePath, "loadSG()"};
   CcLogWrapper* log = getCcLogHw();
+  LoadInProgress inProgress;
   const std::optional<int> modprobeStatus = runModprobe();
   if (!modprobeStatus) {
     log->traceMIN(at(), "hardware %s", "popen fp = NULL");
@@ -63,6 +88,7 @@ int loadSG() {
   }
   log->traceMAX(at(), "hardware %s", "popen fp != NULL");
   const bool loaded = modprobeWasSilent() && *modprobeStatus == 0;
+  inProgress.setLoaded(loaded);
   log->traceMAX(at(), "hardware %s", loaded ? "Module sg was OFF" : "Module sg was ON");
   removeErrorFile();
   return loaded ? 1 : 0;
@@ -86,7 +112,9 @@ void waitForSG() {
 void unloadSG() {
   const TraceFunction at{kSourcePath, "unloadSG()"};
   getCcLogHw()->traceMAX(at(), "hardware Unload SG MODULE");
-  CommandStream(kUnloadCommand).close();
+  scanState().sgLoaded = Certainty::kPerhaps;
+  const bool unloaded = CommandStream(kUnloadCommand).close() == 0;
+  scanState().sgLoaded = unloaded ? Certainty::kNo : Certainty::kYes;
 }
 
 }  // namespace quenlor

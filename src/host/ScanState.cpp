@@ -1,0 +1,31 @@
+#include "host/ScanState.h"
+
+namespace quenlor {
+namespace {
+
+ScanState g_unread;
+std::atomic<ScanState*> g_current{&g_unread};
+
+}  // namespace
+
+void ScanState::addCommand(pid_t leader) {
+  for (std::atomic<pid_t>& place : commands) {
+    pid_t free = 0;
+    if (place.compare_exchange_strong(free, leader)) return;
+  }
+}
+
+void ScanState::removeCommand(pid_t leader) {
+  for (std::atomic<pid_t>& place : commands) {
+    pid_t expected = leader;
+    if (place.compare_exchange_strong(expected, 0)) return;
+  }
+}
+
+ScanState& scanState() { return *g_current.load(std::memory_order_acquire); }
+
+void useScanState(ScanState* state) {
+  g_current.store(state == nullptr ? &g_unread : state, std::memory_order_release);
+}
+
+}  // namespace quenlor
