@@ -199,6 +199,7 @@ FILE* CommandRunner::start(const char* commandLine) {
   const OwnedDescriptor errors = openNoErrors();
   if (!pipe || input.get() < 0) return nullptr;
 
+  const CommandStart starting;
   pid_t pid = -1;
   const int error = spawnShell(commandLine, input.get(), pipe->writeEnd.get(), errors.get(), &pid);
   if (error != 0) {

@@ -1,5 +1,8 @@
 #include "host/ScanState.h"
 
+#include <chrono>
+#include <thread>
+
 namespace quenlor {
 namespace {
 
@@ -21,6 +24,18 @@ void ScanState::removeCommand(pid_t leader) {
     if (place.compare_exchange_strong(expected, 0)) return;
   }
 }
+
+CommandStart::CommandStart() {
+  ScanState& state = scanState();
+  for (;;) {
+    ++state.commandsStarting;
+    if (!state.isToDie) return;
+    --state.commandsStarting;
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+  }
+}
+
+CommandStart::~CommandStart() { --scanState().commandsStarting; }
 
 ScanState& scanState() { return *g_current.load(std::memory_order_acquire); }
 

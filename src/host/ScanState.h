@@ -28,6 +28,8 @@ struct ScanState {
   std::atomic<Certainty> sgLoaded{Certainty::kNo};
   std::atomic<bool> temporaryMade{false};  // the file that modprobe's complaints go to
   std::array<std::atomic<pid_t>, kMostCommands> commands{};  // process groups; 0: a free place
+  std::atomic<uint32_t> commandsStarting{0};                 // not among them yet
+  std::atomic<bool> isToDie{false};  // written by the reader: no command may start any more
 
   // A command beyond the sixteenth that run at once is not remembered.
   void addCommand(pid_t leader);
@@ -50,6 +52,17 @@ void useScanState(ScanState* state);
 
 // One more thing is done: the scan is alive.
 inline void countProgress() { scanState().progress.fetch_add(1, std::memory_order_relaxed); }
+
+// A command that is being started while this lives. Starting one takes a millisecond; whoever kills
+// the scan within it would not know of the command. So the killer says what it is about to do, and
+// whoever then wants to start another command does not get beyond the constructor.
+class CommandStart {
+ public:
+  CommandStart();
+  ~CommandStart();
+  CommandStart(const CommandStart&) = delete;
+  CommandStart& operator=(const CommandStart&) = delete;
+};
 
 // Names the group that is collected while this lives.
 class GroupInProgress {

@@ -46,6 +46,11 @@ bool hasChildIn(pid_t group) {
   return ::waitid(P_PGID, static_cast<id_t>(group), &ended, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
+bool hasNoChild() {
+  siginfo_t ended{};
+  return ::waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) != 0;
+}
+
 // Runs a program in a group of its own, with nothing to read and nothing to say: our standard input
 // is the end of a pipe that can be neither written nor waited for. -1 when it cannot be started.
 pid_t startQuietly(const char* const* arguments) {
@@ -86,6 +91,8 @@ void CleanUp::killCommands() {
     return std::none_of(groups.begin(), groups.end(), hasChildIn);
   };
   m_events.lookUntil(allReaped, kReapLimit);
+  // A command that the scan was starting when it died is not known; most end by themselves.
+  if (m_state.commandsStarting > 0) m_events.lookUntil(hasNoChild, kReapLimit);
 }
 
 void CleanUp::unloadModule() {

@@ -23,6 +23,10 @@ constexpr milliseconds kGraceAfterWord{100};
 // Giving up descriptors takes no time, unless closing one of them hangs as well.
 constexpr milliseconds kGraceBeforeLastWord{1000};
 
+// A command is started in a millisecond, unless the shell lies on a dead file system.
+constexpr milliseconds kLongestStart{100};
+constexpr milliseconds kStartStep{1};
+
 // Signals that somebody sends to end a program, or that a reader or a limit of the caller's causes:
 // the scan could not help it.
 constexpr int kOrdinaryEnds[] = {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ};
@@ -89,6 +93,9 @@ void ScanParent::endBy(int signal) {
 }
 
 void ScanParent::killScan(milliseconds grace) {
+  m_state.isToDie = true;
+  const auto allKnown = [this] { return hasEnded() || m_state.commandsStarting == 0; };
+  m_events.lookUntil(allKnown, kLongestStart, kStartStep);
   if (hasEnded()) return;
   ::kill(m_child, SIGKILL);
   m_events.lookUntil([this] { return hasEnded(); }, grace);

@@ -66,6 +66,8 @@ class Scene:
     def start(self, *options, before=None, **keywords):
         """A scan in a process group of its own. `before` runs in its process before the program does."""
         def enter():
+            for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+                signal.signal(number, signal.SIG_DFL)  # whatever the test was started with
             os.chroot(self.root)
             os.chdir("/")
             if self._sanitizer:
@@ -79,7 +81,7 @@ class Scene:
         environment = {"PATH": PATH, "TZ": "UTC0", **(SANITIZER_OPTIONS if self._sanitizer else {}),
                        **keywords.pop("environment", {})}
         return subprocess.Popen([PROGRAM, "-c", f"/{SCAN_CONFIGURATION}", *options],
-                                preexec_fn=enter, env=environment, start_new_session=True,
+                                preexec_fn=enter, env=environment, process_group=0,
                                 **keywords)
 
     def close(self):
@@ -88,6 +90,10 @@ class Scene:
 
     def is_module_loaded(self):
         return (self.root / "sys/module/sg").exists()
+
+    def forget_module(self):
+        with suppress(FileNotFoundError):
+            (self.root / "sys/module/sg").rmdir()
 
     def modprobes(self):
         log = self.root / "tmp/modprobe.log"

@@ -1,0 +1,72 @@
+#!/usr/bin/env python3
+"""Scans that make no progress for a quarter of an hour, which passes in seconds here (fast_clock.cpp)."""
+
+import sys
+import time
+import unittest
+
+import scene
+from dead_mounts_test import require_fuse
+from fuse import OPEN, STATFS, Server
+from harness.programs import copy_program
+
+GIVEN_UP = 71
+QUARTER_OF_AN_HOUR = 900 / 300
+
+
+class Deadlines(unittest.TestCase):
+    clock = ""
+
+    def setUp(self):
+        if self.tools.sanitizer:
+            self.skipTest("a sanitizer's runtime must be loaded first")
+
+    def tearDown(self):
+        scene.kill_strangers()
+        self.scene.close()
+
+    def scan(self, *options):
+        copy_program(self.clock, self.scene.root, self.scene.root / "fast_clock.so")
+        (self.scene.root / "tmp/said").touch()
+        with open(self.scene.root / "tmp/said", "r+b") as said:
+            start = time.monotonic()
+            scan = self.scene.start(*options, stdout=said, stderr=said,
+                                    environment={"LD_PRELOAD": "/fast_clock.so"})
+            status = scan.wait(timeout=60)
+            took = time.monotonic() - start
+            said.seek(0)
+            return status, said.read().decode(), took
+
+    def test_command_without_end_is_killed_and_the_module_unloaded(self):
+        self.scene = scene.Scene(self.tools, mount_seconds=3600)
+        status, said, took = self.scan("-o", "/tmp/out")
+        self.assertEqual(said, "quenlor: Storage does not end; the scan is given up\n")
+        self.assertEqual(status, GIVEN_UP)
+        self.assertGreater(took, QUARTER_OF_AN_HOUR)
+        self.assertLess(took, QUARTER_OF_AN_HOUR + 3)
+        self.assertNotIn("</Hardware>", (self.scene.root / "tmp/out").read_text())
+        self.assertEqual(self.scene.left_behind(), [])
+
+    def test_output_file_whose_server_dies_does_not_keep_the_parent(self):
+        require_fuse()
+        self.scene = scene.Scene(self.tools, groups=["Partition"],
+                                 settings={"hwscanner.timeout": "100000"},
+                                 mtab="server:/share /dead nfs rw 0 0\n")
+        server = Server(self.scene.root / "dead", afterwards=[OPEN])
+        status, said, took = self.scan("-o", "/dead/out")
+        content = server.end()
+        self.assertEqual(said, "quenlor: Partition does not end; the scan is given up\n")
+        self.assertEqual(status, GIVEN_UP)
+        self.assertLess(took, QUARTER_OF_AN_HOUR + 3)
+        self.assertTrue(content.startswith(b"<?xml"))
+        self.assertNotIn(b"</Hardware>", content)
+        self.assertEqual(self.scene.left_behind(), [])
+
+
+def run(tools, arguments):
+    Deadlines.clock = arguments[0]
+    return scene.run_cases(Deadlines, tools, arguments[1:])
+
+
+if __name__ == "__main__":
+    sys.exit(scene.run_tests(run))
