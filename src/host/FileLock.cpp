@@ -27,7 +27,7 @@ bool FileLock::takeAlone(milliseconds limit) { return take(LOCK_EX, limit); }
 bool FileLock::take(int operation, milliseconds limit) {
   const Clock::time_point end = Clock::now() + limit;
   while (::flock(m_file.get(), operation | LOCK_NB) != 0) {
-    if (errno != EWOULDBLOCK && errno != EINTR) return false;
+    if (errno != EWOULDBLOCK && errno != EINTR) return true;
     const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
     if (left.count() <= 0) return false;
     std::this_thread::sleep_for(std::min(kNap, left));

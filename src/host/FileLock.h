@@ -8,8 +8,8 @@
 namespace quenlor {
 
 // flock(2) on a file or directory that is there anyway. The lock lasts as long as the descriptor:
-// until the object goes, or the process does. Where the path cannot be opened there is no lock, and
-// nothing can be taken.
+// until the object goes, or the process does. Where the path cannot be opened, or its file system
+// knows no locks, nobody can be known of, and whatever is asked for is granted.
 class FileLock {
  public:
   explicit FileLock(const char* path);

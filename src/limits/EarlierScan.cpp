@@ -36,16 +36,15 @@ constexpr uint32_t kMayHang[] = {
     0x47504653,  // GPFS
 };
 
-bool mayHang(int file) {
+bool liesWhereItMayHang(int file) {
   struct statfs system {};
   if (::fstatfs(file, &system) != 0) return true;
-  const auto type = static_cast<uint32_t>(system.f_type);
-  return std::find(std::begin(kMayHang), std::end(kMayHang), type) != std::end(kMayHang);
+  return EarlierScan::mayHang(static_cast<uint32_t>(system.f_type));
 }
 
 std::unique_ptr<FileLock> openLock(const char* program) {
   auto lock = std::make_unique<FileLock>(program);
-  if (!*lock || mayHang(lock->descriptor())) return nullptr;
+  if (!*lock || liesWhereItMayHang(lock->descriptor())) return nullptr;
   return lock;
 }
 
@@ -58,6 +57,10 @@ std::unique_ptr<FileLock>& currentMark() {
 }
 
 }  // namespace
+
+bool EarlierScan::mayHang(uint32_t fileSystemType) {
+  return std::find(std::begin(kMayHang), std::end(kMayHang), fileSystemType) != std::end(kMayHang);
+}
 
 bool EarlierScan::isStillWaiting() const {
   const std::unique_ptr<FileLock> lock = openLock(m_program);

@@ -1,6 +1,8 @@
 // The trace of a scan that ended but whose process could not: it waits for a mount for ever.
 #pragma once
 
+#include <cstdint>
+
 namespace quenlor {
 
 // A process that is stuck in a dead mount keeps a shared lock on the program's own file. A scan
@@ -19,6 +21,9 @@ class EarlierScan {
   // To be called when a mount is given up: from now on isStillWaiting() is true elsewhere, until
   // this process has gone or forgetMark() is called.
   void mark() const;
+
+  // For an f_type of statfs(2): a file system that comes from another machine or another process.
+  static bool mayHang(uint32_t fileSystemType);
 
   // The descriptor that holds the mark, which is to stay open; -1: there is none.
   static int markDescriptor();

@@ -16,7 +16,7 @@ SgUse::SgUse() {
 }
 
 bool SgUse::isLast(std::chrono::milliseconds limit) {
-  return !m_lock || !*m_lock || m_lock->takeAlone(limit);
+  return !m_lock || m_lock->takeAlone(limit);
 }
 
 }  // namespace quenlor
