@@ -29,7 +29,7 @@ CommandStart::CommandStart() {
   ScanState& state = scanState();
   for (;;) {
     ++state.commandsStarting;
-    if (!state.isToDie) return;
+    if (state.isToDie == 0) return;
     --state.commandsStarting;
     std::this_thread::sleep_for(std::chrono::seconds(1));
   }

@@ -29,7 +29,11 @@ struct ScanState {
   std::atomic<bool> temporaryMade{false};  // the file that modprobe's complaints go to
   std::array<std::atomic<pid_t>, kMostCommands> commands{};  // process groups; 0: a free place
   std::atomic<uint32_t> commandsStarting{0};                 // not among them yet
-  std::atomic<bool> isToDie{false};  // written by the reader: no command may start any more
+  // Written by the reader, who wakes whoever waits on it as a futex: the scan is about to be
+  // killed, and no command may start any more.
+  std::atomic<uint32_t> isToDie{0};
+  // Somebody waits for that, to give up the descriptors that the scan's caller may wait on.
+  std::atomic<bool> hasCaretaker{false};
 
   // A command beyond the sixteenth that run at once is not remembered.
   void addCommand(pid_t leader);

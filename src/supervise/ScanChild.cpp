@@ -1,8 +1,12 @@
 #include "supervise/ScanChild.h"
 
+#include <linux/futex.h>
+#include <pthread.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <initializer_list>
@@ -47,7 +51,47 @@ void giveUpOtherDescriptors() {
   closeFrom(kFirstOther + 1);
 }
 
+// What the caretaker needs; never freed, for it lives as long as the process.
+struct Care {
+  ScanState& state;
+  int word;
+};
+
+// Between processes: not FUTEX_PRIVATE_FLAG.
+long futex(std::atomic<uint32_t>& place, int operation, uint32_t value) {
+  return ::syscall(SYS_futex, &place, operation, value, nullptr, nullptr, 0);
+}
+
+void* takeCare(void* argument) {
+  const Care& care = *static_cast<const Care*>(argument);
+  while (care.state.isToDie == 0) futex(care.state.isToDie, FUTEX_WAIT, 0);
+  giveUpStandardDescriptors(care.word);
+  care.state.hasCaretaker = false;
+  return nullptr;
+}
+
 }  // namespace
+
+void startCaretaker(ScanState& state, int word) {
+  static Care care{state, word};
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  ::pthread_sigmask(SIG_SETMASK, &all, &before);  // signals are the scan's, not the caretaker's
+  state.hasCaretaker = true;
+  pthread_t thread{};
+  if (::pthread_create(&thread, nullptr, takeCare, &care) == 0) {
+    ::pthread_detach(thread);
+  } else {
+    state.hasCaretaker = false;
+  }
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+void callCaretaker(ScanState& state) {
+  state.isToDie = 1;
+  futex(state.isToDie, FUTEX_WAKE, 1);
+}
 
 void dieWithParent(pid_t parent) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -59,6 +103,7 @@ void leaveWorkersBehind(int status, int word) {
   giveUpStandardDescriptors(word);
   giveUpOtherDescriptors();
   static_cast<void>(!::chdir("/"));
+  scanState().hasCaretaker = false;  // there is nothing left for it to do
   say(STDOUT_FILENO, status);
   ::_exit(status);
 }

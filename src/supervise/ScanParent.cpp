@@ -10,6 +10,7 @@
 #include "catalogue/Catalogue.h"
 #include "supervise/CleanUp.h"
 #include "supervise/Patience.h"
+#include "supervise/ScanChild.h"
 
 namespace quenlor {
 namespace {
@@ -23,9 +24,10 @@ constexpr milliseconds kGraceAfterWord{100};
 // Giving up descriptors takes no time, unless closing one of them hangs as well.
 constexpr milliseconds kGraceBeforeLastWord{1000};
 
-// A command is started in a millisecond, unless the shell lies on a dead file system.
-constexpr milliseconds kLongestStart{100};
-constexpr milliseconds kStartStep{1};
+// A command is started, and descriptors are given up, in a millisecond, unless a dead file system
+// has to do with it.
+constexpr milliseconds kLongestPreparation{100};
+constexpr milliseconds kPreparationStep{1};
 
 // Signals that somebody sends to end a program, or that a reader or a limit of the caller's causes:
 // the scan could not help it.
@@ -93,9 +95,12 @@ void ScanParent::endBy(int signal) {
 }
 
 void ScanParent::killScan(milliseconds grace) {
-  m_state.isToDie = true;
-  const auto allKnown = [this] { return hasEnded() || m_state.commandsStarting == 0; };
-  m_events.lookUntil(allKnown, kLongestStart, kStartStep);
+  if (hasEnded()) return;
+  callCaretaker(m_state);
+  const auto isReady = [this] {
+    return hasEnded() || (m_state.commandsStarting == 0 && !m_state.hasCaretaker);
+  };
+  m_events.lookUntil(isReady, kLongestPreparation, kPreparationStep);
   if (hasEnded()) return;
   ::kill(m_child, SIGKILL);
   m_events.lookUntil([this] { return hasEnded(); }, grace);

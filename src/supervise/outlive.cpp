@@ -80,6 +80,7 @@ int outlive(const std::function<int()>& scan) {
   if (child == 0) {
     useScanState(page.state());
     ::close(word.readEnd);
+    startCaretaker(*page.state(), word.writeEnd);
     return scanAsChild(scan, word.writeEnd);
   }
   ::prctl(PR_SET_CHILD_SUBREAPER, 0);

@@ -27,15 +27,11 @@ class Deadlines(unittest.TestCase):
 
     def scan(self, *options):
         copy_program(self.clock, self.scene.root, self.scene.root / "fast_clock.so")
-        (self.scene.root / "tmp/said").touch()
-        with open(self.scene.root / "tmp/said", "r+b") as said:
-            start = time.monotonic()
-            scan = self.scene.start(*options, stdout=said, stderr=said,
-                                    environment={"LD_PRELOAD": "/fast_clock.so"})
-            status = scan.wait(timeout=60)
-            took = time.monotonic() - start
-            said.seek(0)
-            return status, said.read().decode(), took
+        start = time.monotonic()
+        scan = self.scene.start(*options, environment={"LD_PRELOAD": "/fast_clock.so"})
+        output, said = scan.communicate(timeout=60)
+        self.assertEqual(output, b"")
+        return scan.returncode, said.decode(), time.monotonic() - start
 
     def test_command_without_end_is_killed_and_the_module_unloaded(self):
         self.scene = scene.Scene(self.tools, mount_seconds=3600)
@@ -47,7 +43,7 @@ class Deadlines(unittest.TestCase):
         self.assertNotIn("</Hardware>", (self.scene.root / "tmp/out").read_text())
         self.assertEqual(self.scene.left_behind(), [])
 
-    def test_output_file_whose_server_dies_does_not_keep_the_parent(self):
+    def test_output_file_whose_server_dies_keeps_neither_the_parent_nor_its_reader(self):
         require_fuse()
         self.scene = scene.Scene(self.tools, groups=["Partition"],
                                  settings={"hwscanner.timeout": "100000"},

@@ -21,8 +21,8 @@ sys.path.insert(0, str(MACHINES))
 
 from harness import namespace  # noqa: E402
 from harness.machine import Machine  # noqa: E402
-from harness.scan import PATH, SANITIZER_OPTIONS  # noqa: E402
-from harness.stage import INSTALL, KERNEL, SCAN_CONFIGURATION, Stage  # noqa: E402
+from harness.scan import PATH, SANITIZER_OPTIONS, show_own_processes  # noqa: E402
+from harness.stage import INSTALL, SCAN_CONFIGURATION, Stage  # noqa: E402
 
 PROGRAM = f"/{INSTALL}/quenlor"
 SKIPPED = 77
@@ -71,9 +71,8 @@ class Scene:
             os.chroot(self.root)
             os.chdir("/")
             if self._sanitizer:
-                for number in range(os.getpid(), os.getpid() + 4):
-                    with suppress(FileExistsError):
-                        os.symlink(f"/{KERNEL}/{number}", f"/proc/{number}")
+                with suppress(FileExistsError):
+                    show_own_processes(os.getpid())
             if before:
                 before()
         keywords = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE,

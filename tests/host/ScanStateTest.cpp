@@ -88,7 +88,7 @@ TEST_F(ScanStateTest, commandsBeyondTheSixteenthRunUnknown) {
 TEST_F(ScanStateTest, commandOfScanThatIsToDieIsNotStarted) {
   const pid_t child = ::fork();
   if (child == 0) {
-    state.isToDie = true;
+    state.isToDie = 1;
     const CommandStart start;
     ::_exit(0);
   }
