@@ -7,7 +7,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kLongestWait{5000};
+constexpr milliseconds kLongestWait{1000};
 
 }  // namespace
 
