@@ -1,5 +1,6 @@
 #include "host/ScanState.h"
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -10,6 +11,18 @@ ScanState g_unread;
 std::atomic<ScanState*> g_current{&g_unread};
 
 }  // namespace
+
+void SharedName::set(const std::string& name) {
+  clear();
+  if (name.size() >= m_text.size()) return;
+  std::copy_n(name.c_str(), name.size() + 1, m_text.begin());
+  m_isSet = true;
+}
+
+std::string SharedName::name() const {
+  if (!m_isSet) return {};
+  return {m_text.begin(), std::find(m_text.begin(), m_text.end(), '\0')};
+}
 
 void ScanState::addCommand(pid_t leader) {
   for (std::atomic<pid_t>& place : commands) {

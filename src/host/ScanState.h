@@ -7,11 +7,24 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace quenlor {
 
 // Perhaps: a command that changes it is running.
 enum class Certainty : uint8_t { kNo, kPerhaps, kYes };
+
+// The name of a file. Read once its writer is dead, or stuck for good.
+class SharedName {
+ public:
+  void set(const std::string& name);  // one that is too long is not remembered
+  void clear() { m_isSet = false; }
+  std::string name() const;  // empty: none
+
+ private:
+  std::atomic<bool> m_isSet{false};
+  std::array<char, 512> m_text{};
+};
 
 // Lies in memory that two processes share, so it holds nothing but numbers that are written and
 // read whole. Any thread may write; the reader takes no lock, for the writer may be dead.
@@ -29,6 +42,9 @@ struct ScanState {
   std::atomic<bool> temporaryMade{false};  // the file that modprobe's complaints go to
   std::array<std::atomic<pid_t>, kMostCommands> commands{};  // process groups; 0: a free place
   std::atomic<uint32_t> commandsStarting{0};                 // not among them yet
+  // A reader of standard output sets the pace for now: that time is not the scan's.
+  std::atomic<bool> isReadersTurn{false};
+  SharedName incompleteDocument;  // beside its place, which it has not taken yet
   // Written by the reader, who wakes whoever waits on it as a futex: the scan is about to be
   // killed, and no command may start any more.
   std::atomic<uint32_t> isToDie{0};
@@ -66,6 +82,18 @@ class CommandStart {
   ~CommandStart();
   CommandStart(const CommandStart&) = delete;
   CommandStart& operator=(const CommandStart&) = delete;
+};
+
+// While this lives, what happens is up to whoever reads standard output, if that is written to.
+class ReadersTurn {
+ public:
+  explicit ReadersTurn(bool toStandardOutput) { scanState().isReadersTurn = toStandardOutput; }
+  ~ReadersTurn() {
+    scanState().isReadersTurn = false;
+    countProgress();
+  }
+  ReadersTurn(const ReadersTurn&) = delete;
+  ReadersTurn& operator=(const ReadersTurn&) = delete;
 };
 
 // Names the group that is collected while this lives.

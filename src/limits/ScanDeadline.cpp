@@ -21,7 +21,7 @@ void announceClassicDeadline() {
 }
 
 void announceScanDeadline(int64_t scanLimit) {
-  scanState().idleLimit = scanLimit + kBeyondScanLimit;
+  scanState().idleLimit = std::max(kIdleLimit, scanLimit + kBeyondScanLimit);
   scanState().scanLimit = scanLimit + kBeyondScanLimit;
 }
 

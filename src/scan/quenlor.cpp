@@ -91,6 +91,7 @@ class Scan {
       if (code != 0) break;
     }
     if (code == 0) {
+      const ReadersTurn turn(isToStandardOutput());
       code = printHwFooter(m_options.xml, output());
       if (code != 0) return end(code);
       code = complete();
@@ -103,11 +104,11 @@ class Scan {
  private:
   const char* output() const { return m_target.file(); }
 
+  bool isToStandardOutput() const { return m_options.outputFile == kStandardOutput; }
+
   // Modern scans vouch for standard output too; classic ones only say that it was lost.
   int complete() {
-    if (m_settings.isModern() && m_options.outputFile == kStandardOutput) {
-      return finishStandardOutput();
-    }
+    if (m_settings.isModern() && isToStandardOutput()) return finishStandardOutput();
     return m_target.commit();
   }
 
@@ -156,6 +157,7 @@ class Scan {
   }
 
   int write(VelTable* table) {
+    const ReadersTurn turn(isToStandardOutput());
     const int code = m_options.xml ? printXML(output(), table) : printMif(output(), table);
     m_log->traceMAX(kAt(), m_options.xml ? "hardware printXML()" : "hardware printMif()");
     return code;

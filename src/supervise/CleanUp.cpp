@@ -12,6 +12,7 @@
 
 #include "readers/storage/SgModule.h"
 #include "readers/storage/SgUse.h"
+#include "supervise/ScanChild.h"
 
 namespace quenlor {
 namespace {
@@ -20,6 +21,7 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kReapLimit{1000};
 constexpr milliseconds kUnloadLimit{10000};
+constexpr milliseconds kRemovalLimit{1000};
 constexpr milliseconds kGraceAfterKill{1000};
 constexpr milliseconds kLockStep{50};
 constexpr int kComplaintMilliseconds = 1000;
@@ -81,7 +83,10 @@ pid_t startQuietly(const char* const* arguments) {
 void CleanUp::run() {
   killCommands();
   if (m_state.sgLoaded != Certainty::kNo) unloadModule();
-  if (m_state.temporaryMade) removeTemporary();
+  if (m_state.temporaryMade) removeFile(kModprobeErrorFile);
+  if (const std::string document = m_state.incompleteDocument.name(); !document.empty()) {
+    removeFile(document);
+  }
 }
 
 void CleanUp::killCommands() {
@@ -121,9 +126,17 @@ bool CleanUp::runModprobe() {
   return m_events.statusOf(modprobe) == 0;
 }
 
-void CleanUp::removeTemporary() {
-  if (::unlink(kModprobeErrorFile) == 0 || errno == ENOENT) return;
-  complain(std::string(kModprobeErrorFile) + " could not be removed");
+// In a process of its own: the file may lie where the scan is stuck.
+void CleanUp::removeFile(const std::string& name) {
+  const pid_t remover = ::fork();
+  if (remover == 0) {
+    ::dup2(STDIN_FILENO, STDERR_FILENO);
+    closeFrom(STDERR_FILENO + 1);
+    ::_exit(::unlink(name.c_str()) == 0 || errno == ENOENT ? 0 : 1);
+  }
+  m_events.expect(remover);
+  m_events.lookUntil([&] { return m_events.statusOf(remover).has_value(); }, kRemovalLimit);
+  if (m_events.statusOf(remover) != 0) complain(name + " could not be removed");
 }
 
 void complain(const std::string& text) {

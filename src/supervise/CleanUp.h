@@ -20,7 +20,7 @@ class CleanUp {
   void killCommands();
   void unloadModule();
   bool runModprobe();  // true when it ended with success
-  void removeTemporary();
+  void removeFile(const std::string& name);
 
   ScanState& m_state;
   ParentEvents& m_events;

@@ -23,7 +23,7 @@ bool Patience::isOverAfter(milliseconds waited) {
   const uint64_t progress = m_state.progress;
   m_idle = progress == m_progress ? m_idle + counted : milliseconds(0);
   m_progress = progress;
-  m_total += counted;
+  if (!m_state.isReadersTurn) m_total += counted;
   const int64_t scanLimit = m_state.scanLimit;
   return m_idle.count() >= m_state.idleLimit || (scanLimit > 0 && m_total.count() >= scanLimit);
 }

@@ -35,15 +35,6 @@ void giveUpStandardDescriptors(int word) {
   }
 }
 
-// Kernels before 5.9 cannot close a range.
-void closeFrom(int first) {
-  if (::close_range(static_cast<unsigned>(first), ~0U, 0) == 0) return;
-  const long most = ::sysconf(_SC_OPEN_MAX);
-  for (long descriptor = first; descriptor < most; ++descriptor) {
-    ::close(static_cast<int>(descriptor));
-  }
-}
-
 void giveUpOtherDescriptors() {
   const int kept = EarlierScan::markDescriptor();
   if (kept < 0) return closeFrom(kFirstOther);
@@ -71,6 +62,15 @@ void* takeCare(void* argument) {
 }
 
 }  // namespace
+
+// Kernels before 5.9 cannot close a range.
+void closeFrom(int first) {
+  if (::close_range(static_cast<unsigned>(first), ~0U, 0) == 0) return;
+  const long most = ::sysconf(_SC_OPEN_MAX);
+  for (long descriptor = first; descriptor < most; ++descriptor) {
+    ::close(static_cast<int>(descriptor));
+  }
+}
 
 void startCaretaker(ScanState& state, int word) {
   static Care care{state, word};

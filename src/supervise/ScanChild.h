@@ -7,6 +7,9 @@
 
 namespace quenlor {
 
+// Closes this descriptor and all above it.
+void closeFrom(int first);
+
 // To be called first in the new process: it dies with its parent, or at once when the parent has
 // gone already.
 void dieWithParent(pid_t parent);

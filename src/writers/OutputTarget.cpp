@@ -12,6 +12,7 @@
 #include "base/ExitStatus.h"
 #include "base/StandardOutput.h"
 #include "host/Handles.h"
+#include "host/ScanState.h"
 
 namespace quenlor {
 namespace {
@@ -46,17 +47,23 @@ std::string makeFileBeside(const std::string& file) {
 OutputTarget::OutputTarget(std::string file, bool byRename)
     : m_file(std::move(file)), m_written(m_file) {
   if (!byRename || m_file == kStandardOutput) return;
-  if (std::string beside = makeFileBeside(m_file); !beside.empty()) m_written = std::move(beside);
+  std::string beside = makeFileBeside(m_file);
+  if (beside.empty()) return;
+  m_written = std::move(beside);
+  scanState().incompleteDocument.set(m_written);
 }
 
 OutputTarget::~OutputTarget() {
-  if (m_written != m_file) ::unlink(m_written.c_str());
+  if (m_written == m_file) return;
+  ::unlink(m_written.c_str());
+  scanState().incompleteDocument.clear();
 }
 
 int OutputTarget::commit() {
   if (m_written == m_file) return kExitSuccess;
   if (::rename(m_written.c_str(), m_file.c_str()) != 0) return kExitOutputClose;
   m_written = m_file;
+  scanState().incompleteDocument.clear();
   return kExitSuccess;
 }
 

@@ -40,7 +40,10 @@ TEST_F(ScanDeadlineTest, classicScanHasMinuteMoreThanItsLongestStepMayTake) {
 TEST_F(ScanDeadlineTest, scanWithLimitOfItsOwnHasFiveSecondsMore) {
   announceScanDeadline(30000);
   EXPECT_EQ(state.scanLimit, 35000);
-  EXPECT_EQ(state.idleLimit, 35000);
+  EXPECT_EQ(state.idleLimit, 900000) << "for a reader that takes its time";
+  announceScanDeadline(3600000);
+  EXPECT_EQ(state.scanLimit, 3605000);
+  EXPECT_EQ(state.idleLimit, 3605000);
 }
 
 }  // namespace

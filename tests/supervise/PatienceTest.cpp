@@ -55,6 +55,13 @@ TEST_F(PatienceTest, scanLimitEndsScanThatKeepsBusy) {
   EXPECT_TRUE(patience.isOverAfter(300ms));
 }
 
+TEST_F(PatienceTest, readersTimeIsNotTheScans_butHasItsEndToo) {
+  state.scanLimit = 3000;
+  state.isReadersTurn = true;
+  Patience patience(state);
+  EXPECT_EQ(timeUntilOver(patience), 12s);
+}
+
 TEST_F(PatienceTest, hoursForWhichBothProcessesWereStoppedCountAsOneWait) {
   Patience patience(state);
   EXPECT_FALSE(patience.isOverAfter(3h));
