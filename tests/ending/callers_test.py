@@ -20,7 +20,7 @@ NEWPID = 0x20000000
 
 class Callers(unittest.TestCase):
     def setUp(self):
-        self.scene = scene.Scene(self.tools, groups=["Storage", "UnixCpuMeter"])
+        self.scene = scene.Scene(self.tools, groups=["Storage", "UnixCpuMeter"], mount_seconds=1)
         os.mkfifo(self.scene.root / "tmp/fifo")
 
     def tearDown(self):
@@ -46,9 +46,11 @@ class Callers(unittest.TestCase):
         self.assertEqual(self.scene.left_behind(), [])
 
     def wait_for_module(self):
-        for _ in range(2000):
-            if self.scene.is_module_loaded():
-                time.sleep(0.05)  # until it is known to have been loaded by the scan
+        """Until the scan knows that it has loaded the module."""
+        for _ in range(5000):
+            messages = self.scene.root / "tmp/modprobe.error"
+            if self.scene.is_module_loaded() and not messages.exists():
+                time.sleep(0.05)
                 return
             time.sleep(0.001)
         self.fail("the module was not loaded")
@@ -136,6 +138,7 @@ class Callers(unittest.TestCase):
 
     def test_scan_ends_while_its_parent_is_stopped(self):
         scan, child = self.start()
+        self.wait_for_module()
         os.kill(scan.pid, signal.SIGSTOP)
         self.assertTrue(scan.stdout.read().endswith(b"\n</Hardware>\n"))
         for _ in range(1000):
