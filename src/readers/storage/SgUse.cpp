@@ -15,8 +15,6 @@ SgUse::SgUse() {
   m_lock->share(kSgUseLimit);
 }
 
-bool SgUse::isLast(std::chrono::milliseconds limit) {
-  return !m_lock || m_lock->takeAlone(limit);
-}
+bool SgUse::isLast(std::chrono::milliseconds limit) { return !m_lock || m_lock->takeAlone(limit); }
 
 }  // namespace quenlor
