@@ -182,7 +182,7 @@ class Callers(unittest.TestCase):
         """Its caller, whose only child it is."""
         def enter():
             if ctypes.CDLL(None).unshare(NEWPID) != 0:
-                os._exit(scene.SKIPPED)
+                os._exit(1)
             child = os.fork()
             if child != 0:
                 os.closerange(0, 1024)  # whoever started this waits for the program to be there
