@@ -37,6 +37,11 @@ void Outcome::note(OutcomeStatus status, const std::string& reason) {
   addParts(m_reason, reason);
 }
 
+void Outcome::mergePart(const Outcome& part) {
+  if (part.m_status <= OutcomeStatus::kNoSource) return;
+  note(std::max(part.m_status, OutcomeStatus::kPartial), part.m_reason);
+}
+
 const char* outcomeWord(OutcomeStatus status) {
   switch (status) {
     case OutcomeStatus::kComplete:

@@ -27,6 +27,9 @@ class Outcome {
 
   void note(OutcomeStatus status, const std::string& reason);
   void merge(const Outcome& other) { note(other.m_status, other.m_reason); }
+  // Of a source that tells only some of the facts: what it was refused leaves the rest standing,
+  // and a machine without that source lacks nothing.
+  void mergePart(const Outcome& part);
 
  private:
   OutcomeStatus m_status = OutcomeStatus::kComplete;

@@ -37,10 +37,10 @@ struct GroupClass {
 };
 
 constexpr GroupClass kGroupClasses[] = {
-    {group::kComponentId, create<ComponentIDGroup>, nullptr},
+    {group::kComponentId, create<ComponentIDGroup>, collectComponentId},
     {group::kProcessor, create<ProcessorGroup>, nullptr},
-    {group::kMemory, create<MemoryGroup>, nullptr},
-    {group::kMemoryModules, create<MemoryModulesGroup>, nullptr},
+    {group::kMemory, create<MemoryGroup>, collectMemory},
+    {group::kMemoryModules, create<MemoryModulesGroup>, collectMemoryModules},
     {group::kOperatingSystem, create<OperatingSystemGroup>, collectOperatingSystem},
     {group::kStorage, create<StorageGroup>, nullptr},
     {group::kIpAddress, create<IpAddressGroup>, nullptr},
@@ -49,13 +49,16 @@ constexpr GroupClass kGroupClasses[] = {
     {group::kUnixSystemParams, create<UnixSystemParamsGroup>, collectUnixSystemParams},
     {group::kScanInfo, create<ScanInfoGroup>, collectScanInfo},
     {group::kPartition, create<PartitionGroup>, nullptr},
-    {group::kSmbios, create<SMBIOSGroup>, nullptr},
+    {group::kSmbios, create<SMBIOSGroup>, collectSmbios},
     {group::kPciDevice, create<PCIDeviceGroup>, nullptr},
     {group::kLpar, create<LParGroup>, nullptr},
     {group::kPhysicalProcessor, create<PhysicalProcessorGroup>, nullptr},
     {group::kHostComponentId, create<HostComponentIDGroup>, nullptr},
     {group::kCpuMeter, create<CpuMeterGroup>, collectCpuMeter},
     {group::kUnixCpuMeter, create<UnixCpuMeterGroup>, collectUnixCpuMeter},
+    {group::kMachine, nullptr, collectMachine},
+    {group::kSlot, nullptr, collectSlot},
+    {group::kPowerSupply, nullptr, collectPowerSupply},
     {group::kScanResult, nullptr, collectScanResult},
 };
 

@@ -52,5 +52,31 @@ TEST(OutcomeTest, everyStatusHasItsWord) {
   EXPECT_STREQ(outcomeWord(OutcomeStatus::kFailed), "failed");
 }
 
+TEST(OutcomeTest, partThatWasRefusedLeavesTheRest) {
+  Outcome part;
+  part.note(OutcomeStatus::kRefused, "serial numbers: not root");
+  Outcome whole;
+  whole.mergePart(part);
+  EXPECT_EQ(whole.status(), OutcomeStatus::kPartial);
+  EXPECT_EQ(whole.reason(), "serial numbers: not root");
+}
+
+TEST(OutcomeTest, partThatTheMachineDoesNotHaveIsNotMissing) {
+  Outcome part;
+  part.note(OutcomeStatus::kNoSource, "firmware table: none");
+  Outcome whole;
+  whole.mergePart(part);
+  EXPECT_EQ(whole.status(), OutcomeStatus::kComplete);
+  EXPECT_EQ(whole.reason(), "");
+}
+
+TEST(OutcomeTest, partThatTimedOutIsToldAsThat) {
+  Outcome part;
+  part.note(OutcomeStatus::kTimedOut, "firmware table: timed out");
+  Outcome whole;
+  whole.mergePart(part);
+  EXPECT_EQ(whole.status(), OutcomeStatus::kTimedOut);
+}
+
 }  // namespace
 }  // namespace quenlor

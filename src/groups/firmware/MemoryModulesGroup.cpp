@@ -6,6 +6,7 @@
 #include <string>
 
 #include "catalogue/Catalogue.h"
+#include "groups/firmware/MemoryWords.h"
 #include "log/CcLogWrapper.h"
 #include "readers/firmware/smbios/SMBIOSTable.h"
 #include "readers/firmware/smbios/SMMemory.h"
@@ -33,23 +34,6 @@ constexpr const char* MEMORY_TYPES[] = {"DRAM",  "EDRAM", "VRAM",   "SRAM",   "R
                                         "ROM",   "FLASH", "EEPROM", "FEPROM", "EPROM",
                                         "CDRAM", "3DRAM", "SDRAM",  "SGRAM",  "RDRAM"};
 
-// A word that stands for one bit, with the blank that separates it from the next.
-struct BitWord {
-  unsigned bit;
-  const char* word;
-};
-
-constexpr BitWord DEVICE_DETAILS[] = {
-    {3, "Fast-paged "},  {4, "Static column "}, {5, "Pseudo-static "}, {6, "Rambus "},
-    {7, "Synchronous "}, {8, "CMOS "},          {9, "EDO "},           {10, "Window DRAM "},
-    {11, "Cache DRAM "}, {12, "Non-volatile "}};
-constexpr BitWord MODULE_TYPES[] = {{5, "Parity "},         {6, "ECC "}, {2, "Standard "},
-                                    {3, "Fast Page Mode "}, {4, "EDO "}, {9, "Burst EDO "},
-                                    {10, "SDRAM "}};
-
-constexpr unsigned kModuleIsSimm = 1u << 7;
-constexpr unsigned kModuleIsDimm = 1u << 8;
-
 struct Module {
   uint32_t index;  // from 1
   uint32_t sizeMB;
@@ -63,19 +47,6 @@ std::string named(std::span<const char* const> names, unsigned value) {
   return isKnown ? names[value - kFirstNamed] : "";
 }
 
-std::string wordsOf(std::span<const BitWord> words, unsigned bits) {
-  std::string text;
-  for (const BitWord& word : words) {
-    if ((bits >> word.bit & 1) != 0) text += word.word;
-  }
-  return text;
-}
-
-std::string withoutTrailingBlank(std::string text) {
-  if (text.ends_with(' ')) text.pop_back();
-  return text;
-}
-
 std::string socketOf(const SMBIOSTable17Data& device) {
   std::string socket = SMBIOSTable::validText(device.getDeviceLocator());
   const std::string bank = SMBIOSTable::validText(device.getBankLocator());
@@ -86,21 +57,16 @@ std::string socketOf(const SMBIOSTable17Data& device) {
 Module moduleOf(const SMBIOSTable17Data& device, uint32_t index) {
   return {index, device.getSizeKB() >> 10, socketOf(device),
           named(FORM_FACTORS, device.getFormFactor()),
-          withoutTrailingBlank(wordsOf(DEVICE_DETAILS, device.getTypeDetail()) +
+          withoutTrailingBlank(deviceDetailWords(device.getTypeDetail()) +
                                named(MEMORY_TYPES, device.getMemoryType()))};
-}
-
-std::string packagingOf(unsigned memoryType) {
-  if ((memoryType & kModuleIsDimm) != 0) return "DIMM";
-  return (memoryType & kModuleIsSimm) != 0 ? "SIMM" : "";
 }
 
 Module moduleOf(const SMBIOSTable6Data& module, uint32_t index) {
   const unsigned type = module.getMemoryType();
   const int64_t sizeMB = std::max<int64_t>(module.getInstalledSizeMB(), 0);
   return {index, saturateToUlong(static_cast<uint64_t>(sizeMB)),
-          SMBIOSTable::validText(module.getSocketDesignation()), packagingOf(type),
-          withoutTrailingBlank(wordsOf(MODULE_TYPES, type))};
+          SMBIOSTable::validText(module.getSocketDesignation()), modulePackaging(type),
+          withoutTrailingBlank(moduleTypeWords(type))};
 }
 
 void addModule(VelTable& table, const Module& module, uint32_t maxModuleSizeMB) {

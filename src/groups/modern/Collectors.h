@@ -5,11 +5,18 @@
 
 namespace quenlor {
 
+void collectComponentId(ModernScan& scan, ModernTable& table);
 void collectCpuMeter(ModernScan& scan, ModernTable& table);
+void collectMachine(ModernScan& scan, ModernTable& table);
+void collectMemory(ModernScan& scan, ModernTable& table);
+void collectMemoryModules(ModernScan& scan, ModernTable& table);
 void collectOperatingSystem(ModernScan& scan, ModernTable& table);
+void collectPowerSupply(ModernScan& scan, ModernTable& table);
 void collectRegional(ModernScan& scan, ModernTable& table);
 void collectScanInfo(ModernScan& scan, ModernTable& table);
 void collectScanResult(ModernScan& scan, ModernTable& table);
+void collectSlot(ModernScan& scan, ModernTable& table);
+void collectSmbios(ModernScan& scan, ModernTable& table);
 void collectUnixCpuMeter(ModernScan& scan, ModernTable& table);
 void collectUnixSystemParams(ModernScan& scan, ModernTable& table);
 

@@ -11,6 +11,7 @@
 
 #include "config/ScanSettings.h"
 #include "groups/modern/SharedReader.h"
+#include "readers/dmi/DmiReader.h"
 #include "readers/resolver/Resolver.h"
 #include "readers/system/KernelStatistics.h"
 #include "readers/system/ZoneAndLocale.h"
@@ -42,6 +43,8 @@ class ModernScan {
   BoundedWorker::Result runGroup(std::function<void()> job);
 
   // The facts that groups share; null, with a note in `outcome`, when they could not be had.
+  // Of the firmware's table, groups note themselves what the reader was refused.
+  const DmiTable* dmi(Outcome& outcome) { return m_dmi.get(m_readers, outcome); }
   const KernelStatistics* kernelStatistics(Outcome& outcome) {
     return m_kernelStatistics.get(m_readers, outcome);
   }
@@ -61,6 +64,7 @@ class ModernScan {
   const Clock::time_point m_start;
   BoundedWorker m_groupWorker;
   ReaderLine m_readers;
+  SharedReader<DmiTable> m_dmi{"firmware table", readDmi};
   SharedReader<KernelStatistics> m_kernelStatistics{"processor times", readKernelStatistics};
   SharedReader<Resolver> m_resolver{"host and domain name", readResolver};
   SharedReader<SystemLocale> m_systemLocale{"locale", readSystemLocale};

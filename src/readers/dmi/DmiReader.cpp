@@ -133,10 +133,14 @@ DmiTable readDmi() {
   if (!table) table = readDmiFromMemory();
   if (table && table->source != DmiSource::kNone) return std::move(*table);
   DmiTable texts = readDmiTexts();
-  if (!table) return texts;
-  const bool hasTexts = texts.source == DmiSource::kKernelTexts;
-  texts.outcome.note(hasTexts ? OutcomeStatus::kPartial : table->outcome.status(),
-                     table->outcome.reason());
+  if (table) {
+    const bool hasTexts = texts.source == DmiSource::kKernelTexts;
+    texts.outcome.note(hasTexts ? OutcomeStatus::kPartial : table->outcome.status(),
+                       table->outcome.reason());
+    texts.structureOutcome = table->outcome;
+  } else {
+    texts.structureOutcome.note(OutcomeStatus::kNoSource, "firmware table: none");
+  }
   return texts;
 }
 

@@ -136,6 +136,7 @@ DmiTable decodeDmiTable(std::string_view table, const DmiEntryPoint& entryPoint)
   for (const DmiStructure& structure : walk.structures) decoder.add(structure);
   decoder.finish();
   if (walk.isDamaged) decoded.outcome.note(OutcomeStatus::kPartial, "firmware table: damaged");
+  decoded.structureOutcome = decoded.outcome;
   return decoded;
 }
 
@@ -143,6 +144,7 @@ DmiTable decodeDmi(std::string_view entryPoint, std::string_view table) {
   if (const auto parsed = parseDmiEntryPoint(entryPoint)) return decodeDmiTable(table, *parsed);
   DmiTable none;
   none.outcome.note(OutcomeStatus::kNoSource, "firmware table: no entry point");
+  none.structureOutcome = none.outcome;
   return none;
 }
 

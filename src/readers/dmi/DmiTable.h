@@ -160,7 +160,8 @@ struct DmiTable {
   std::optional<DmiManagement> management;
   std::vector<DmiPowerSupply> powerSupplies;
   std::optional<DmiTpm> tpm;
-  Outcome outcome;
+  Outcome outcome;           // of all that is here
+  Outcome structureOutcome;  // of what only the structures tell: everything behind types 0 to 3
 
   // The board that the machine runs on: a hosting board, else a motherboard, else the first; null
   // without boards. Blades and risers have boards of their own.

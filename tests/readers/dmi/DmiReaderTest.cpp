@@ -101,6 +101,8 @@ TEST(DmiReaderTest, userGetsTheKernelsTexts) {
   EXPECT_FALSE(table.system->uuidText);
   EXPECT_EQ(table.outcome.status(), OutcomeStatus::kPartial);
   EXPECT_EQ(table.outcome.reason(), "serial numbers: not root; firmware table: not root");
+  EXPECT_EQ(table.structureOutcome.status(), OutcomeStatus::kRefused);
+  EXPECT_EQ(table.structureOutcome.reason(), "firmware table: not root");
 }
 
 TEST(DmiReaderTest, kernelsTexts) {
@@ -175,7 +177,10 @@ TEST(DmiReaderTest, containerWithMaskedFirmwareGetsTheTexts) {
   FakeHost machine;
   machine.directories["/sys/firmware"] = {};
   addTexts(machine);
-  EXPECT_EQ(readDmi().system->manufacturer, "Maker");
+  const DmiTable table = readDmi();
+  EXPECT_EQ(table.system->manufacturer, "Maker");
+  EXPECT_EQ(table.outcome.status(), OutcomeStatus::kComplete);
+  EXPECT_EQ(table.structureOutcome.status(), OutcomeStatus::kNoSource);
 }
 
 TEST(DmiReaderTest, everythingRefusedIsRefused) {
