@@ -132,7 +132,8 @@ class Host {
   virtual void sleepMicroseconds(uint32_t microseconds) = 0;            // as usleep
 
   // --- processor ---
-  // CPUID on the current CPU; false when the leaf lies above the processor's largest one.
+  // CPUID on the current CPU; false when the leaf lies above the processor's largest one, and for
+  // the hypervisor's leaves (40000000 to 4000FFFF) outside a guest.
   virtual bool cpuid(uint32_t leaf, uint32_t subleaf, CpuidRegisters* out) = 0;
   // Calls `work` once with the calling thread on the given CPU, and puts its affinity mask back;
   // false, without a call, where the mask does not allow the CPU. CPUID inside tells of that CPU.

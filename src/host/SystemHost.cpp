@@ -170,8 +170,33 @@ void SystemHost::sleepMicroseconds(uint32_t microseconds) { ::usleep(microsecond
 
 #if defined(__x86_64__) || defined(__i386__)
 
+namespace {
+
+constexpr uint32_t kFirstHypervisorLeaf = 0x40000000;
+constexpr uint32_t kLastHypervisorLeaf = 0x4000FFFF;
+constexpr uint32_t kHypervisorLeafStep = 0x100;  // each interface that is imitated has as many
+constexpr uint32_t kIsGuest = 1u << 31;          // leaf 1 ECX
+
+// The range of these leaves is told by the first of each interface, and only in a guest: a
+// processor itself answers them with what its last leaf says.
+bool hypervisorCpuid(uint32_t leaf, uint32_t subleaf, CpuidRegisters* out) {
+  CpuidRegisters range;
+  __cpuid(1, range.eax, range.ebx, range.ecx, range.edx);
+  if ((range.ecx & kIsGuest) == 0) return false;
+  const uint32_t first = leaf / kHypervisorLeafStep * kHypervisorLeafStep;
+  __cpuid(first, range.eax, range.ebx, range.ecx, range.edx);
+  if (leaf != first && leaf > range.eax) return false;
+  __cpuid_count(leaf, subleaf, out->eax, out->ebx, out->ecx, out->edx);
+  return true;
+}
+
+}  // namespace
+
 bool SystemHost::cpuid(uint32_t leaf, uint32_t subleaf, CpuidRegisters* out) {
   *out = {};
+  if (leaf >= kFirstHypervisorLeaf && leaf <= kLastHypervisorLeaf) {
+    return hypervisorCpuid(leaf, subleaf, out);
+  }
   return __get_cpuid_count(leaf, subleaf, &out->eax, &out->ebx, &out->ecx, &out->edx) != 0;
 }
 

@@ -145,5 +145,18 @@ TEST_F(SystemHostKernelTest, clocksAreTheKernels) {
   EXPECT_EQ(real.geteuid(), ::geteuid());
 }
 
+TEST_F(SystemHostKernelTest, hypervisorLeavesAnswerInAGuestAndNowhereElse) {
+  CpuidRegisters basic;
+  CpuidRegisters hypervisor;
+  ASSERT_TRUE(real.cpuid(1, 0, &basic));
+  const bool isGuest = (basic.ecx >> 31) != 0;
+  EXPECT_EQ(real.cpuid(0x40000000, 0, &hypervisor), isGuest);
+  CpuidRegisters beyond;
+  if (isGuest && hypervisor.eax >= 0x40000000 && hypervisor.eax < 0x400000FF) {
+    EXPECT_FALSE(real.cpuid(hypervisor.eax + 1, 0, &beyond));
+    EXPECT_TRUE(real.cpuid(hypervisor.eax, 0, &beyond));
+  }
+}
+
 }  // namespace
 }  // namespace quenlor

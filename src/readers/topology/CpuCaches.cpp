@@ -134,6 +134,7 @@ std::vector<CacheSummary> summarizeCaches(const CpuInventory& inventory) {
     }
   }
   std::vector<CacheSummary> rows;
+  rows.reserve(summaries.size());
   for (const auto& [key, summary] : summaries) rows.push_back(summary);
   return rows;
 }

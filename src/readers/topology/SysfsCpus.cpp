@@ -35,8 +35,9 @@ std::optional<uint32_t> wholeNumber(std::string_view text) {
 }
 
 std::optional<CpuList> listOf(uint32_t cpu, const ListNames& names) {
-  if (const auto list = cpuListAttribute(cpu, names.list)) return list;
-  if (const auto list = cpuListAttribute(cpu, names.oldList)) return list;
+  for (const char* name : {names.list, names.oldList}) {
+    if (std::optional<CpuList> list = cpuListAttribute(cpu, name)) return list;
+  }
   const std::optional<std::string> map = cpuAttribute(cpu, names.map);
   return map ? parseCpuMap(*map) : std::nullopt;
 }

@@ -22,6 +22,7 @@ void spreadCores(CpuPackage& package, uint32_t cores) {
   const auto cpus = static_cast<uint32_t>(package.cpus.size());
   const uint32_t count = std::clamp(cores, 1u, cpus);
   package.cores.clear();
+  package.cores.reserve(count);
   for (uint32_t core = 0; core < count; ++core) {
     const uint32_t threads = cpus / count + (core < cpus % count ? 1 : 0);
     package.cores.push_back({package.cpus[core], threads, CoreKind::kUniform});
