@@ -1,6 +1,8 @@
-// Machine: which machine this is and what guards it, from the firmware's table and /sys.
+// Machine: which machine this is, what guards it and what it runs in, from the firmware's table,
+// /sys, and what hypervisors and containers leave to be seen.
 #include "groups/firmware/FirmwareFacts.h"
 #include "groups/modern/Collectors.h"
+#include "groups/modern/GuestOfScan.h"
 #include "readers/dmi/DmiNames.h"
 #include "readers/platform/Platform.h"
 
@@ -26,7 +28,6 @@ std::optional<std::string> serialNumber(const DmiTable& dmi) {
 }
 
 std::optional<std::string> chassis(const DmiTable& dmi) {
-  if (dmi.bios && dmi.bios->isVirtualMachine == true) return "vm";
   return dmi.enclosure ? word(dmiChassis(dmi.enclosure->kind.value_or(0))) : std::nullopt;
 }
 
@@ -70,6 +71,11 @@ void collectMachine(ModernScan& scan, ModernTable& table) {
       .yesNo(kIommu, platform.hasIommu)
       .text(kBmcFirmware, platform.bmcFirmware);
   if (dmi != nullptr) addFirmware(row, *dmi);
+  if (const std::optional<Guest> guest = guestOfScan(scan, table.outcome())) {
+    addGuest(row, *guest);
+    if (guest->isVirtualMachine) row.text(kChassis, "vm");
+    if (guest->isContainer) row.text(kChassis, "container");
+  }
 }
 
 }  // namespace quenlor

@@ -5,13 +5,18 @@
 
 namespace quenlor {
 
+void collectCache(ModernScan& scan, ModernTable& table);
 void collectComponentId(ModernScan& scan, ModernTable& table);
 void collectCpuMeter(ModernScan& scan, ModernTable& table);
+void collectHostComponentId(ModernScan& scan, ModernTable& table);
+void collectLpar(ModernScan& scan, ModernTable& table);
 void collectMachine(ModernScan& scan, ModernTable& table);
 void collectMemory(ModernScan& scan, ModernTable& table);
 void collectMemoryModules(ModernScan& scan, ModernTable& table);
 void collectOperatingSystem(ModernScan& scan, ModernTable& table);
+void collectPhysicalProcessor(ModernScan& scan, ModernTable& table);
 void collectPowerSupply(ModernScan& scan, ModernTable& table);
+void collectProcessor(ModernScan& scan, ModernTable& table);
 void collectRegional(ModernScan& scan, ModernTable& table);
 void collectScanInfo(ModernScan& scan, ModernTable& table);
 void collectScanResult(ModernScan& scan, ModernTable& table);

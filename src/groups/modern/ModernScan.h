@@ -12,9 +12,11 @@
 #include "config/ScanSettings.h"
 #include "groups/modern/SharedReader.h"
 #include "readers/dmi/DmiReader.h"
+#include "readers/guest/Guest.h"
 #include "readers/resolver/Resolver.h"
 #include "readers/system/KernelStatistics.h"
 #include "readers/system/ZoneAndLocale.h"
+#include "readers/topology/CpuInventory.h"
 
 namespace quenlor {
 
@@ -43,8 +45,10 @@ class ModernScan {
   BoundedWorker::Result runGroup(std::function<void()> job);
 
   // The facts that groups share; null, with a note in `outcome`, when they could not be had.
-  // Of the firmware's table, groups note themselves what the reader was refused.
+  // Of the processors and the firmware's table, groups note themselves what the reader was refused.
+  const CpuInventory* cpus(Outcome& outcome) { return m_cpus.get(m_readers, outcome); }
   const DmiTable* dmi(Outcome& outcome) { return m_dmi.get(m_readers, outcome); }
+  const GuestFacts* guestFacts(Outcome& outcome) { return m_guestFacts.get(m_readers, outcome); }
   const KernelStatistics* kernelStatistics(Outcome& outcome) {
     return m_kernelStatistics.get(m_readers, outcome);
   }
@@ -68,6 +72,8 @@ class ModernScan {
   SharedReader<KernelStatistics> m_kernelStatistics{"processor times", readKernelStatistics};
   SharedReader<Resolver> m_resolver{"host and domain name", readResolver};
   SharedReader<SystemLocale> m_systemLocale{"locale", readSystemLocale};
+  SharedReader<CpuInventory> m_cpus{"processors", readCpus};
+  SharedReader<GuestFacts> m_guestFacts{"virtualization", readGuestFacts};
   std::vector<GroupResult> m_results;
 };
 

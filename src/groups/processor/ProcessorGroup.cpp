@@ -9,6 +9,7 @@
 #include "base/Text.h"
 #include "factory/GroupFactory.h"
 #include "groups/processor/ProcessorFamily.h"
+#include "groups/processor/ProcessorFlagAttributes.h"
 #include "groups/processor/RealSpeedValue.h"
 #include "host/Host.h"
 #include "identity/Identity.h"
@@ -40,24 +41,6 @@ constexpr uint32_t k3DNow = 35;
 constexpr uint32_t kCpuEnabled = 42;
 
 constexpr uint32_t kReportedFeatures = 0x7FFFFFFF;
-
-constexpr uint32_t bit(unsigned number) { return 1u << number; }
-
-// Yes when any of the bits is set.
-struct FlagAttribute {
-  uint32_t id;
-  uint32_t mask;
-};
-
-constexpr FlagAttribute FLAG_ATTRIBUTES[] = {
-    {14, bit(0)},  {15, bit(1)},  {16, bit(2)},
-    {17, bit(3)},  {18, bit(4)},  {19, bit(5)},
-    {20, bit(6)},  {21, bit(7)},  {22, bit(8)},
-    {23, bit(9)},  {24, bit(11)}, {25, bit(12)},
-    {26, bit(13)}, {27, bit(14)}, {28, bit(15)},
-    {29, bit(16)}, {30, bit(17)}, {31, bit(18)},
-    {32, bit(23)}, {33, bit(24)}, {34, bit(25) | bit(26)},
-};
 
 struct ProcessorFacts {
   ProcCpuinfo cpuinfo;
