@@ -40,8 +40,7 @@ void addAtaIdentity(Drive& drive, AtaIdentity identity) {
 void addAtaFromUdev(Drive& drive, const UdevRecord& udev, Outcome& outcome) {
   const std::string model = udev.property("ID_BUS") == "ata" ? udev.text("ID_MODEL_ENC") : "";
   if (model.empty()) {
-    outcome.note(OutcomeStatus::kPartial,
-                 "models: 16 characters of ATA drives, the rest needs the device");
+    outcome.note(OutcomeStatus::kPartial, "models: ATA drives cut to 16 characters");
   }
   drive.model = firstOf(model, drive.model);
   drive.firmware = firstOf(udev.text("ID_REVISION"), drive.firmware);

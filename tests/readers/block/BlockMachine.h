@@ -23,7 +23,8 @@ class BlockMachine : public FakeHost {
     links[directory] = "../devices/" + parent + "/" + name;
     addFiles(directory, attributes);
   }
-  void addPartition(const std::string& disk, const std::string& name, const Attributes& attributes) {
+  void addPartition(const std::string& disk, const std::string& name,
+                    const Attributes& attributes) {
     const std::string directory = "/sys/block/" + disk + "/" + name;
     directories["/sys/block/" + disk].push_back(name);
     directories[directory];
@@ -60,8 +61,8 @@ class BlockMachine : public FakeHost {
   bool readEachOnce() const {
     std::map<std::string, int> counts;
     for (const std::string& path : opened) {
-      const bool isData = path.starts_with("/sys/") || path.starts_with("/proc/") ||
-                          path.starts_with("/run/");
+      const bool isData =
+          path.starts_with("/sys/") || path.starts_with("/proc/") || path.starts_with("/run/");
       if (!isData || ++counts[path] > 1) {
         ADD_FAILURE() << path;
         return false;

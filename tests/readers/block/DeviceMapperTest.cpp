@@ -62,8 +62,8 @@ TEST(DeviceMapper, volumeGroupEndsAtSingleHyphen) {
 
 TEST(DeviceMapper, partitionsHaveTheirNumber) {
   EXPECT_EQ(mapperPartitionIndex("part12-mpath-36"), 12u);
-  for (const char* uuid : {"part-mpath", "part1", "partx-mpath", "", "mpath-part1-",
-                           "part99999999999-x"}) {
+  for (const char* uuid :
+       {"part-mpath", "part1", "partx-mpath", "", "mpath-part1-", "part99999999999-x"}) {
     EXPECT_FALSE(mapperPartitionIndex(uuid)) << uuid;
   }
 }

@@ -42,8 +42,8 @@ TEST(DevicePath, scsiAddressHasFourNumbers) {
   ASSERT_TRUE(address);
   EXPECT_EQ(address->host, 2u);
   EXPECT_EQ(address->withoutHost(), "0:13:4294967296");
-  for (const char* text : {"", "2:0:0", "2:0:0:0:0", "a:0:0:0", "2:0:0:0x", "target2:0:0", "-1:0:0:0",
-                           "2::0:0", "99999999999:0:0:0"}) {
+  for (const char* text : {"", "2:0:0", "2:0:0:0:0", "a:0:0:0", "2:0:0:0x", "target2:0:0",
+                           "-1:0:0:0", "2::0:0", "99999999999:0:0:0"}) {
     EXPECT_FALSE(parseScsiAddress(text)) << text;
   }
 }
@@ -58,8 +58,9 @@ TEST(DevicePath, sataPortIsFound) {
 }
 
 TEST(DevicePath, usbPortLacksTheBus) {
-  const DevicePath path("/sys/devices/pci0000:00/0000:00:14.0/usb2/2-1/2-1.4/2-1.4:1.0/host6/"
-                        "target6:0:0/6:0:0:1/block/sdc");
+  const DevicePath path(
+      "/sys/devices/pci0000:00/0000:00:14.0/usb2/2-1/2-1.4/2-1.4:1.0/host6/"
+      "target6:0:0/6:0:0:1/block/sdc");
   EXPECT_EQ(path.usbPort(), "1.4");
   EXPECT_EQ(path.scsiAddress()->withoutHost(), "0:0:1");
 }
@@ -75,7 +76,8 @@ TEST(DevicePath, stablePartLacksTheKernelsCounters) {
   const auto stable = [](const std::string& path) { return DevicePath(path).stablePart(); };
   EXPECT_EQ(stable("/sys/devices/LNXSYBUS:00/vmbus/host0/target0:0:1/0:0:1:0/block/sda"),
             stable("/sys/devices/LNXSYBUS:00/vmbus/host3/target3:0:1/3:0:1:0/block/sdd"));
-  EXPECT_NE(stable("/sys/devices/vbd-51712/block/xvda"), stable("/sys/devices/vbd-51728/block/xvdb"));
+  EXPECT_NE(stable("/sys/devices/vbd-51712/block/xvda"),
+            stable("/sys/devices/vbd-51728/block/xvdb"));
 }
 
 TEST(DevicePath, blockDirectoryIsNoDevice) {
@@ -88,7 +90,8 @@ TEST(DevicePath, blockDirectoryIsNoDevice) {
 TEST(DevicePath, hostilePathsAreHarmless) {
   for (const char* text : {"", "/", "//", "x", "/:::/", "/-/", "/usb1/-", "/usb/1-"}) {
     const DevicePath path{std::string(text)};
-    EXPECT_EQ(path.pciAddress() + path.usbPort() + path.ataPortDirectory() + path.scsiDirectory(), "")
+    EXPECT_EQ(path.pciAddress() + path.usbPort() + path.ataPortDirectory() + path.scsiDirectory(),
+              "")
         << text;
     path.deviceDirectory();
     path.stablePart();

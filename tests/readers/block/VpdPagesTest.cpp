@@ -66,7 +66,8 @@ TEST(VpdPages, everyKindOfIdentifierHasItsForm) {
   EXPECT_EQ(parseIdentification(vpdPage(0x83, designator(1, 2, eui))), "eui.0025385a91b01234");
   EXPECT_EQ(parseIdentification(vpdPage(0x83, designator(2, 1, "ATA     MODEL  SERIAL "))),
             "t10.ATA     MODEL  SERIAL");
-  EXPECT_EQ(parseIdentification(vpdPage(0x83, designator(3, 8, std::string("naa.5000C500A1B2C3D4\0", 21)))),
+  EXPECT_EQ(parseIdentification(
+                vpdPage(0x83, designator(3, 8, std::string("naa.5000C500A1B2C3D4\0", 21)))),
             "naa.5000c500a1b2c3d4");
   const std::string uuid = std::string("\x10\x00", 2) + kNaa16;
   EXPECT_EQ(parseIdentification(vpdPage(0x83, designator(1, 10, uuid))),
