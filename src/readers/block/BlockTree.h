@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "base/Outcome.h"
-#include "readers/block/DevicePath.h"
+#include "readers/block/BlockPath.h"
 #include "readers/block/UdevRecord.h"
 
 namespace quenlor {
@@ -63,7 +63,7 @@ enum class BlockKind : uint8_t {
 struct BlockDevice {
   std::string name;       // "sda", with '/' where sysfs writes '!'
   std::string directory;  // "/sys/block/sda"
-  DevicePath path{std::string()};
+  BlockPath path{std::string()};
   BlockKind kind = BlockKind::kOther;
   std::optional<DeviceNumber> number;  // hidden paths have none
   std::optional<uint64_t> sizeBytes;   // 0 without a medium

@@ -58,7 +58,7 @@ bool isNvmePath(std::string_view name) {
   return name.starts_with("nvme") && name.find('c') != std::string_view::npos;
 }
 
-BlockKind kindOf(std::string_view name, const DevicePath& path) {
+BlockKind kindOf(std::string_view name, const BlockPath& path) {
   if (isNvmePath(name)) return BlockKind::kHiddenPath;
   // The heads of NVMe with several paths are no less real for having no place on a bus.
   const bool isNvmeHead = path.hasPrefix("nvme-subsys");
@@ -84,16 +84,16 @@ std::string withSlashes(std::string name) {
 }
 
 // Kernels that still have directories here, not links, have the link to the drive's bus in them.
-DevicePath pathOf(const std::string& entry) {
+BlockPath pathOf(const std::string& entry) {
   const std::string directory = std::string(kBlockDirectory) + "/" + entry;
   std::string target;
   if (host().readLink(directory.c_str(), target)) {
-    return DevicePath(resolveLink(kBlockDirectory, target));
+    return BlockPath(resolveLink(kBlockDirectory, target));
   }
   const std::string device = host().readLink((directory + "/device").c_str(), target)
                                  ? resolveLink(directory, target)
                                  : "/sys/devices/virtual";
-  return DevicePath(device + "/block/" + entry);
+  return BlockPath(device + "/block/" + entry);
 }
 
 std::vector<std::string> slavesOf(const std::string& directory) {

@@ -165,7 +165,7 @@ std::map<std::string, std::string> Reader::namesOfClass(const char* directory,
     std::string target;
     const std::string path = std::string(directory) + "/" + entry.name;
     if (!isNode || !host().readLink(path.c_str(), target)) continue;
-    names[DevicePath(resolveLink(directory, target)).scsiDirectory()] = entry.name;
+    names[BlockPath(resolveLink(directory, target)).scsiDirectory()] = entry.name;
   }
   return names;
 }

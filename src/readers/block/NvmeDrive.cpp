@@ -11,7 +11,7 @@ NvmeController readController(const std::string& directory) {
   const SysfsAttributes attributes(directory);
   NvmeController controller;
   controller.name = directory.substr(directory.rfind('/') + 1);
-  controller.pciAddress = DevicePath(directory).pciAddress();
+  controller.pciAddress = BlockPath(directory).pciAddress();
   controller.model = attributes.text("model");
   controller.serial = attributes.text("serial");
   controller.firmware = attributes.text("firmware_rev");

@@ -74,7 +74,7 @@ std::string worldWideNameOf(const SysfsAttributes& unit, const UdevRecord& udev)
 
 // What tells the drives of one PCI device apart. Hosts are not counted: a SATA port, of which each
 // has a host to itself, has its own number.
-std::string placeBehind(const DevicePath& path, const ScsiAddress& address) {
+std::string placeBehind(const BlockPath& path, const ScsiAddress& address) {
   std::string port = path.usbPort();
   if (const std::string ata = path.ataPort(); port.empty() && !ata.empty()) {
     const SysfsAttributes link(path.ataPortDirectory() + "/ata_port/" + ata);
@@ -85,7 +85,7 @@ std::string placeBehind(const DevicePath& path, const ScsiAddress& address) {
   return unit == "0:0:0" ? port : port + "/" + unit;
 }
 
-void addPlace(Drive& drive, const DevicePath& path, const ScsiAddress& address) {
+void addPlace(Drive& drive, const BlockPath& path, const ScsiAddress& address) {
   const std::string pci = path.pciAddress();
   const std::string behind = placeBehind(path, address);
   drive.usbPort = path.usbPort();
@@ -117,7 +117,7 @@ std::optional<DriveKind> driveKindOf(uint64_t peripheralType) {
 
 std::optional<Drive> readScsiDrive(const SysfsAttributes& unit, const UdevRecord& udev,
                                    ScsiHosts& hosts, Outcome& outcome) {
-  const DevicePath path(unit.directory());
+  const BlockPath path(unit.directory());
   const std::optional<ScsiAddress> address = path.scsiAddress();
   const std::optional<uint64_t> type = unit.number("type");
   const std::optional<DriveKind> kind = type ? driveKindOf(*type) : std::nullopt;

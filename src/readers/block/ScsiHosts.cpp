@@ -71,7 +71,7 @@ ScsiHosts::ScsiHosts() {
   }
 }
 
-std::string ScsiHosts::busOf(const DevicePath& path, const ScsiAddress& address) {
+std::string ScsiHosts::busOf(const BlockPath& path, const ScsiAddress& address) {
   if (!path.component("usb").empty()) return "usb";
   if (!path.component("session").empty()) return "iscsi";
   if (path.hasPrefix("rport-")) return "fc";

@@ -6,7 +6,7 @@
 #include <map>
 #include <string>
 
-#include "readers/block/DevicePath.h"
+#include "readers/block/BlockPath.h"
 
 namespace quenlor {
 
@@ -17,7 +17,7 @@ class ScsiHosts {
 
   // Word for the bus by which a logical unit hangs on its host: the one that the device's way
   // through the machine shows, else the one that the host's class or driver tells.
-  std::string busOf(const DevicePath& path, const ScsiAddress& address);
+  std::string busOf(const BlockPath& path, const ScsiAddress& address);
   // "ahci", "usb-storage"; empty when not told.
   const std::string& driverOf(uint32_t host);
 

@@ -163,8 +163,8 @@ bool mayHang(FileSystemKind kind) {
          kind == FileSystemKind::kCluster;
 }
 
-std::vector<FileSystem> fileSystemsOf(const std::vector<Mount>& mounts) {
-  std::vector<FileSystem> systems;
+std::vector<MountedFileSystem> fileSystemsOf(const std::vector<Mount>& mounts) {
+  std::vector<MountedFileSystem> systems;
   std::unordered_map<std::string, size_t> indexOf;
   for (const Mount& mount : mounts) {
     const FileSystemKind kind = fileSystemKindOf(mount.type);
@@ -176,7 +176,7 @@ std::vector<FileSystem> fileSystemsOf(const std::vector<Mount>& mounts) {
       systems.push_back({&mount, kind, 0});
       continue;
     }
-    FileSystem& known = systems[found->second];
+    MountedFileSystem& known = systems[found->second];
     ++known.furtherMounts;
     if (isBetter(mount, *known.mount)) known.mount = &mount;
   }

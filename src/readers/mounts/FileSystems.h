@@ -25,7 +25,7 @@ FileSystemKind fileSystemKindOf(std::string_view type);
 // True for what can keep a call waiting for ever: measured after all others, and beside them.
 bool mayHang(FileSystemKind kind);
 
-struct FileSystem {
+struct MountedFileSystem {
   const Mount* mount = nullptr;  // the first one, into the list that was given
   FileSystemKind kind = FileSystemKind::kLocal;
   uint32_t furtherMounts = 0;
@@ -33,6 +33,6 @@ struct FileSystem {
 
 // In the order of their mount points in the table. Left out: the kernel's own, what package and
 // container managers mount for themselves, and memory that only running programs use.
-std::vector<FileSystem> fileSystemsOf(const std::vector<Mount>& mounts);
+std::vector<MountedFileSystem> fileSystemsOf(const std::vector<Mount>& mounts);
 
 }  // namespace quenlor

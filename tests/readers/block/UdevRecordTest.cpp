@@ -20,8 +20,7 @@ TEST(UdevRecord, propertiesAndLinksAreTaken) {
 }
 
 TEST(UdevRecord, rubbishIsNoProperty) {
-  const UdevRecord record =
-      parseUdevRecord("E:=x\nE:\nE:noequals\n\n\n:\nX\nE:LAST=1");
+  const UdevRecord record = parseUdevRecord("E:=x\nE:\nE:noequals\n\n\n:\nX\nE:LAST=1");
   EXPECT_EQ(record.properties.size(), 1u);
   EXPECT_EQ(record.property("LAST"), "1");
   EXPECT_TRUE(parseUdevRecord("").properties.empty());

@@ -20,7 +20,7 @@ std::vector<Mount> mountsOf(const std::string& text) {
 std::string shown(const std::string& text) {
   const std::vector<Mount> mounts = mountsOf(text);
   std::string points;
-  for (const FileSystem& system : fileSystemsOf(mounts)) {
+  for (const MountedFileSystem& system : fileSystemsOf(mounts)) {
     if (!points.empty()) points += " ";
     points += system.mount->point;
     if (system.furtherMounts != 0) points += "+" + std::to_string(system.furtherMounts);

@@ -1,5 +1,5 @@
-// Where a device hangs, judged by the path of its directory below /sys/devices alone: each bus on
-// the way from the root is a component of it.
+// Where a block device hangs, judged by the path of its directory below /sys/devices alone: each
+// bus on the way from the root is a component of it.
 #pragma once
 
 #include <cstdint>
@@ -23,16 +23,13 @@ struct ScsiAddress {
 
 std::optional<ScsiAddress> parseScsiAddress(std::string_view text);
 
-// "0000:00:1f.2"; domains have four digits or more.
-bool isPciAddress(std::string_view text);
-
 // The absolute path that a link's text means in its directory, by the text alone: what the kernel's
 // links name has no link on its way.
 std::string resolveLink(std::string_view directory, std::string_view target);
 
-class DevicePath {
+class BlockPath {
  public:
-  explicit DevicePath(std::string path);
+  explicit BlockPath(std::string path);
 
   const std::string& text() const { return m_path; }
   bool isVirtual() const { return m_path.starts_with("/sys/devices/virtual/"); }

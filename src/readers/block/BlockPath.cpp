@@ -1,15 +1,16 @@
-#include "readers/block/DevicePath.h"
+#include "readers/block/BlockPath.h"
 
 #include <algorithm>
 #include <charconv>
 #include <system_error>
 #include <utility>
 
+#include "readers/devicepath/DevicePath.h"
+
 namespace quenlor {
 namespace {
 
 constexpr std::string_view kDecimal = "0123456789";
-constexpr std::string_view kHex = "0123456789abcdefABCDEF";
 
 bool consistsOf(std::string_view text, std::string_view bytes) {
   return !text.empty() && text.find_first_not_of(bytes) == std::string_view::npos;
@@ -45,12 +46,10 @@ bool takeColon(std::string_view& text) {
   return true;
 }
 
-// "1-1.2": a device behind a bus and its ports. Interfaces have a colon, buses are "usb1".
+// "1.2" of "1-1.2": the way behind the bus; empty for what is no USB device.
 std::string_view usbPortOf(std::string_view component) {
-  const size_t dash = component.find('-');
-  if (dash == std::string_view::npos || !consistsOf(component.substr(0, dash), kDecimal)) return {};
-  const std::string_view ports = component.substr(dash + 1);
-  return consistsOf(ports, "0123456789.") ? ports : std::string_view();
+  return isUsbDeviceName(component) ? component.substr(component.find('-') + 1)
+                                    : std::string_view();
 }
 
 // Names that a subsystem counts through in the order of discovery.
@@ -83,14 +82,6 @@ std::optional<ScsiAddress> parseScsiAddress(std::string_view text) {
   return isAddress ? std::optional(address) : std::nullopt;
 }
 
-bool isPciAddress(std::string_view text) {
-  const size_t domain = std::min(text.find(':'), text.size());
-  const std::string_view rest = text.substr(domain);  // ":00:1f.2"
-  return domain >= 4 && consistsOf(text.substr(0, domain), kHex) && rest.size() == 8 &&
-         consistsOf(rest.substr(1, 2), kHex) && rest[3] == ':' &&
-         consistsOf(rest.substr(4, 2), kHex) && rest[6] == '.' && rest[7] >= '0' && rest[7] <= '7';
-}
-
 std::string resolveLink(std::string_view directory, std::string_view target) {
   std::vector<std::string> parts;
   if (!target.starts_with('/')) parts = split(directory);
@@ -107,61 +98,59 @@ std::string resolveLink(std::string_view directory, std::string_view target) {
   return path;
 }
 
-DevicePath::DevicePath(std::string path) : m_path(std::move(path)), m_components(split(m_path)) {}
+BlockPath::BlockPath(std::string path) : m_path(std::move(path)), m_components(split(m_path)) {}
 
-std::string DevicePath::deviceDirectory() const {
+std::string BlockPath::deviceDirectory() const {
   std::string path = m_path.substr(0, m_path.rfind('/'));
   constexpr std::string_view kBlock = "/block";
   if (path.ends_with(kBlock)) path.erase(path.size() - kBlock.size());
   return path;
 }
 
-std::string DevicePath::pciAddress() const {
-  const auto found = std::find_if(m_components.rbegin(), m_components.rend(), isPciAddress);
-  return found == m_components.rend() ? std::string() : *found;
+std::string BlockPath::pciAddress() const {
+  const std::optional<PciAddress> address = pciAddressOf(m_path);
+  return address ? address->text() : std::string();
 }
 
-std::string DevicePath::usbPort() const {
+std::string BlockPath::usbPort() const {
   if (component("usb").empty()) return {};
-  const auto found = std::find_if(m_components.rbegin(), m_components.rend(),
-                                  [](const auto& part) { return !usbPortOf(part).empty(); });
-  return found == m_components.rend() ? std::string() : std::string(usbPortOf(*found));
+  return std::string(usbPortOf(usbDeviceOf(m_path)));
 }
 
-std::optional<ScsiAddress> DevicePath::scsiAddress() const {
+std::optional<ScsiAddress> BlockPath::scsiAddress() const {
   for (auto part = m_components.rbegin(); part != m_components.rend(); ++part) {
     if (const auto address = parseScsiAddress(*part)) return address;
   }
   return {};
 }
 
-std::string DevicePath::scsiDirectory() const {
+std::string BlockPath::scsiDirectory() const {
   const auto found = std::find_if(m_components.rbegin(), m_components.rend(), [](const auto& part) {
     return parseScsiAddress(part).has_value();
   });
   return found == m_components.rend() ? std::string() : pathThrough(*found);
 }
 
-std::string DevicePath::ataPort() const { return component("ata"); }
+std::string BlockPath::ataPort() const { return component("ata"); }
 
-std::string DevicePath::ataPortDirectory() const {
+std::string BlockPath::ataPortDirectory() const {
   const std::string port = ataPort();
   return port.empty() ? port : pathThrough(port);
 }
 
-std::string DevicePath::component(std::string_view prefix) const {
+std::string BlockPath::component(std::string_view prefix) const {
   const auto found =
       std::find_if(m_components.begin(), m_components.end(),
                    [prefix](const std::string& part) { return isCounted(part, prefix); });
   return found == m_components.end() ? std::string() : *found;
 }
 
-bool DevicePath::hasPrefix(std::string_view prefix) const {
+bool BlockPath::hasPrefix(std::string_view prefix) const {
   return std::any_of(m_components.begin(), m_components.end(),
                      [prefix](const std::string& part) { return part.starts_with(prefix); });
 }
 
-std::string DevicePath::stablePart() const {
+std::string BlockPath::stablePart() const {
   std::string path;
   for (size_t index = 0; index + 1 < m_components.size(); ++index) {
     path += "/" + withoutCounters(m_components[index]);
@@ -169,7 +158,7 @@ std::string DevicePath::stablePart() const {
   return path;
 }
 
-std::string DevicePath::pathThrough(std::string_view component) const {
+std::string BlockPath::pathThrough(std::string_view component) const {
   std::string path;
   for (const std::string& part : m_components) {
     path += "/" + part;
