@@ -14,6 +14,7 @@ void collectMachine(ModernScan& scan, ModernTable& table);
 void collectMemory(ModernScan& scan, ModernTable& table);
 void collectMemoryModules(ModernScan& scan, ModernTable& table);
 void collectOperatingSystem(ModernScan& scan, ModernTable& table);
+void collectPartition(ModernScan& scan, ModernTable& table);
 void collectPhysicalProcessor(ModernScan& scan, ModernTable& table);
 void collectPowerSupply(ModernScan& scan, ModernTable& table);
 void collectProcessor(ModernScan& scan, ModernTable& table);
@@ -22,7 +23,9 @@ void collectScanInfo(ModernScan& scan, ModernTable& table);
 void collectScanResult(ModernScan& scan, ModernTable& table);
 void collectSlot(ModernScan& scan, ModernTable& table);
 void collectSmbios(ModernScan& scan, ModernTable& table);
+void collectStorage(ModernScan& scan, ModernTable& table);
 void collectUnixCpuMeter(ModernScan& scan, ModernTable& table);
 void collectUnixSystemParams(ModernScan& scan, ModernTable& table);
+void collectVolume(ModernScan& scan, ModernTable& table);
 
 }  // namespace quenlor

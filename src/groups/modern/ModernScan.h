@@ -11,8 +11,10 @@
 
 #include "config/ScanSettings.h"
 #include "groups/modern/SharedReader.h"
+#include "readers/block/BlockInventory.h"
 #include "readers/dmi/DmiReader.h"
 #include "readers/guest/Guest.h"
+#include "readers/mounts/MountFacts.h"
 #include "readers/resolver/Resolver.h"
 #include "readers/system/KernelStatistics.h"
 #include "readers/system/ZoneAndLocale.h"
@@ -49,9 +51,13 @@ class ModernScan {
   const CpuInventory* cpus(Outcome& outcome) { return m_cpus.get(m_readers, outcome); }
   const DmiTable* dmi(Outcome& outcome) { return m_dmi.get(m_readers, outcome); }
   const GuestFacts* guestFacts(Outcome& outcome) { return m_guestFacts.get(m_readers, outcome); }
+  const BlockInventory* blockDevices(Outcome& outcome) {
+    return m_blockDevices.get(m_readers, outcome);
+  }
   const KernelStatistics* kernelStatistics(Outcome& outcome) {
     return m_kernelStatistics.get(m_readers, outcome);
   }
+  const MountFacts* mounts(Outcome& outcome) { return m_mounts.get(m_readers, outcome); }
   const Resolver* resolver(Outcome& outcome) { return m_resolver.get(m_readers, outcome); }
   const SystemLocale* systemLocale(Outcome& outcome) {
     return m_systemLocale.get(m_readers, outcome);
@@ -69,7 +75,9 @@ class ModernScan {
   BoundedWorker m_groupWorker;
   ReaderLine m_readers;
   SharedReader<DmiTable> m_dmi{"firmware table", readDmi};
+  SharedReader<BlockInventory> m_blockDevices{"block devices", readBlockInventory};
   SharedReader<KernelStatistics> m_kernelStatistics{"processor times", readKernelStatistics};
+  SharedReader<MountFacts> m_mounts{"mounts", readMountFacts};
   SharedReader<Resolver> m_resolver{"host and domain name", readResolver};
   SharedReader<SystemLocale> m_systemLocale{"locale", readSystemLocale};
   SharedReader<CpuInventory> m_cpus{"processors", readCpus};

@@ -33,6 +33,11 @@ ModernRow& ModernRow::longlong(uint32_t id, std::optional<uint64_t> value) {
   return *this;
 }
 
+ModernRow& ModernRow::ulonglong(uint32_t id, std::optional<uint64_t> value) {
+  if (value) m_values[id] = *value;
+  return *this;
+}
+
 ModernRow& ModernRow::real(uint32_t id, std::optional<float> value) {
   if (value) m_values[id] = *value;
   return *this;
@@ -73,6 +78,7 @@ void ModernRow::addTo(VelTableRow& row, uint32_t id, const Value& value) {
   struct Adder {
     void operator()(uint32_t number) const { addUlong(row, id, number); }
     void operator()(int64_t number) const { addLongLong(row, id, number); }
+    void operator()(uint64_t number) const { addUlongLong(row, id, number); }
     void operator()(float number) const { addFloat(row, id, number); }
     void operator()(const std::u32string& text) const { addCharacters(row, id, text); }
     void operator()(const LocaleText& text) const { addText(row, id, text.bytes); }

@@ -24,6 +24,8 @@ class ModernRow {
   ModernRow& text(uint32_t id, const std::optional<std::string>& value);
   ModernRow& ulong(uint32_t id, std::optional<uint64_t> value);     // saturates at 32 bits
   ModernRow& longlong(uint32_t id, std::optional<uint64_t> value);  // saturates at 63 bits
+  // For those attributes of classic tables that have always held more than 32 bits.
+  ModernRow& ulonglong(uint32_t id, std::optional<uint64_t> value);
   ModernRow& real(uint32_t id, std::optional<float> value);
   ModernRow& yesNo(uint32_t id, std::optional<bool> value);
   ModernRow& time(uint32_t id, std::optional<time_t> secondsSinceEpoch);
@@ -46,7 +48,7 @@ class ModernRow {
   struct Time {
     time_t seconds;
   };
-  using Value = std::variant<uint32_t, int64_t, float, std::u32string, LocaleText, Time>;
+  using Value = std::variant<uint32_t, int64_t, uint64_t, float, std::u32string, LocaleText, Time>;
 
   static void addTo(VelTableRow& row, uint32_t id, const Value& value);
   std::unique_ptr<VelTableRow> build(const velGroupDef& group) const;

@@ -156,7 +156,7 @@ std::vector<std::string> namesIn(const std::string& directory) {
 std::optional<uint64_t> sizeOf(const BlockTree& tree, const std::vector<std::string>& devices) {
   uint64_t sum = 0;
   for (const std::string& name : devices) {
-    const BlockReference device = tree.byName(name);
+    const BlockReference device = tree.byDeviceName(name);
     if (!device || !device.sizeBytes()) return {};
     sum += *device.sizeBytes();
   }
@@ -175,20 +175,34 @@ std::optional<uint32_t> missingDevices(const std::string& directory) {
   return missing;
 }
 
-std::optional<Volume> readBtrfs(const BlockTree& tree, const std::string& uuid) {
+// Nothing for what is no file system: "features" and the like.
+std::optional<BtrfsFileSystem> readBtrfs(const BlockTree& tree, const std::string& uuid) {
   const std::string directory = std::string(kBtrfs) + "/" + uuid;
   const std::vector<std::string> devices = namesIn(directory + "/devices");
-  if (devices.empty()) return {};  // "features" and the like
+  if (devices.empty()) return {};
+  return BtrfsFileSystem{uuid, SysfsAttributes(directory).text("label"), membersOf(tree, devices)};
+}
+
+// Nothing for one that lies on a single device, as most do.
+std::optional<Volume> volumeOf(const BlockTree& tree, const BtrfsFileSystem& system) {
   Volume volume;
-  volume.degraded = missingDevices(directory);
-  if (devices.size() + volume.degraded.value_or(0) < 2) return {};
+  volume.degraded = missingDevices(std::string(kBtrfs) + "/" + system.uuid);
+  if (system.devices.size() + volume.degraded.value_or(0) < 2) return {};
   volume.kind = "btrfs";
-  volume.uuid = uuid;
-  volume.name = SysfsAttributes(directory).text("label");
-  if (volume.name.empty()) volume.name = uuid;
-  volume.members = membersOf(tree, devices);
-  volume.sizeBytes = sizeOf(tree, devices);
+  volume.uuid = system.uuid;
+  volume.name = system.label.empty() ? system.uuid : system.label;
+  volume.members = system.devices;
+  volume.sizeBytes = sizeOf(tree, system.devices);
   return volume;
+}
+
+void addBtrfs(const BlockTree& tree, VolumeList& list) {
+  for (const std::string& uuid : namesIn(kBtrfs)) {
+    auto system = readBtrfs(tree, uuid);
+    if (!system) continue;
+    if (auto volume = volumeOf(tree, *system)) list.volumes.push_back(*std::move(volume));
+    list.btrfs.push_back(*std::move(system));
+  }
 }
 
 void addPools(std::vector<Volume>& volumes) {
@@ -211,9 +225,7 @@ VolumeList readVolumes(const BlockTree& tree) {
   for (const BlockDevice& device : tree.devices()) {
     if (auto volume = readVolume(tree, device)) list.volumes.push_back(*std::move(volume));
   }
-  for (const std::string& uuid : namesIn(kBtrfs)) {
-    if (auto volume = readBtrfs(tree, uuid)) list.volumes.push_back(*std::move(volume));
-  }
+  addBtrfs(tree, list);
   addPools(list.volumes);
   std::stable_sort(
       list.volumes.begin(), list.volumes.end(),

@@ -26,8 +26,16 @@ struct Volume {
   std::optional<uint32_t> degraded;  // members that are missing
 };
 
+// A mounted btrfs, be it on one device or on several.
+struct BtrfsFileSystem {
+  std::string uuid;
+  std::string label;
+  std::vector<std::string> devices;  // "/dev/sda1", in natural order
+};
+
 struct VolumeList {
   std::vector<Volume> volumes;  // in natural order of names
+  std::vector<BtrfsFileSystem> btrfs;
   Outcome outcome;
 };
 

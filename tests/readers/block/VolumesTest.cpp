@@ -152,6 +152,9 @@ TEST(Volumes, btrfsCountsFromTwoDevicesOn) {
   EXPECT_EQ(list.volumes[0].uuid, "aaaa");
   EXPECT_EQ(list.volumes[0].degraded, 1u);
   EXPECT_EQ(list.volumes[0].sizeBytes, 2u * 4096 * 512);
+  ASSERT_EQ(list.btrfs.size(), 2u);
+  EXPECT_EQ(list.btrfs[1].uuid, "bbbb");
+  EXPECT_EQ(list.btrfs[1].devices, Names{"/dev/sda"});
   EXPECT_EQ(list.volumes[0].members, (Names{"/dev/sda", "/dev/sdb"}));
 }
 
