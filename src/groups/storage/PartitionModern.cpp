@@ -1,6 +1,7 @@
 // Partition of the modern sources: the file systems of the scanner's mount namespace, the swap
 // areas and the partitions that are neither. Sizes come from statvfs, all else from /proc and
 // sysfs.
+#include <algorithm>
 #include <chrono>
 
 #include "groups/modern/Collectors.h"
@@ -149,7 +150,7 @@ void collectPartition(ModernScan& scan, ModernTable& table) {
   table.outcome().merge(mounts->table.outcome);
   table.outcome().merge(mounts->swaps.outcome);
   const std::vector<MountedFileSystem> systems = fileSystemsOf(mounts->table.mounts);
-  const Milliseconds limit(scan.settings().mountLimit);
+  const Milliseconds limit = std::min(scan.limit(), Milliseconds(scan.settings().mountLimit));
   const auto spaces = measure(systems, limit, table.outcome());
   for (const PartitionRow& row : partitionRows(inventory == nullptr ? noDevices : *inventory,
                                                mounts->swaps, systems, spaces)) {

@@ -1,6 +1,4 @@
 // Storage of the modern sources: every drive that the kernel has, from sysfs and udev's database.
-#include <array>
-
 #include "groups/modern/Collectors.h"
 #include "groups/storage/StorageRow.h"
 #include "identity/Identity.h"
