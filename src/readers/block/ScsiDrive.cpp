@@ -74,20 +74,17 @@ std::string worldWideNameOf(const SysfsAttributes& unit, const UdevRecord& udev)
 
 // What tells the drives of one PCI device apart. Hosts are not counted: a SATA port, of which each
 // has a host to itself, has its own number.
-std::string placeBehind(const BlockPath& path, const ScsiAddress& address) {
+std::string placeBehind(const BlockPath& path, const ScsiAddress& address, ScsiHosts& hosts) {
   std::string port = path.usbPort();
-  if (const std::string ata = path.ataPort(); port.empty() && !ata.empty()) {
-    const SysfsAttributes link(path.ataPortDirectory() + "/ata_port/" + ata);
-    port = link.text("port_no");
-  }
+  if (port.empty()) port = hosts.portOf(path);
   const std::string unit = address.withoutHost();
   if (port.empty()) return unit;
   return unit == "0:0:0" ? port : port + "/" + unit;
 }
 
-void addPlace(Drive& drive, const BlockPath& path, const ScsiAddress& address) {
+void addPlace(Drive& drive, const BlockPath& path, const ScsiAddress& address, ScsiHosts& hosts) {
   const std::string pci = path.pciAddress();
-  const std::string behind = placeBehind(path, address);
+  const std::string behind = placeBehind(path, address, hosts);
   drive.usbPort = path.usbPort();
   drive.location = pci.empty() ? "" : pci + "/" + behind;
   drive.place = pci.empty() ? path.stablePart() + "/" + behind : drive.location;
@@ -135,7 +132,7 @@ std::optional<Drive> readScsiDrive(const SysfsAttributes& unit, const UdevRecord
   drive.rotation = parseRotation(unit.bytes("vpd_pgb1"));
   if (drive.vendor == kAtaVendor) addAta(drive, unit, udev, outcome);
   if (drive.serial.empty()) drive.serial = serialFromUdev(udev);
-  addPlace(drive, path, *address);
+  addPlace(drive, path, *address, hosts);
   return drive;
 }
 

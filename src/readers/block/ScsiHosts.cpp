@@ -105,4 +105,14 @@ const std::string& ScsiHosts::driverOf(uint32_t host) {
   return m_drivers.emplace(host, attributes.text("proc_name")).first->second;
 }
 
+const std::string& ScsiHosts::portOf(const BlockPath& path) {
+  const std::string name = path.ataPort();
+  const auto [found, isNew] = m_ports.try_emplace(name);
+  if (isNew && !name.empty()) {
+    const SysfsAttributes port(path.ataPortDirectory() + "/ata_port/" + name);
+    found->second = port.text("port_no");
+  }
+  return found->second;
+}
+
 }  // namespace quenlor

@@ -12,7 +12,8 @@ namespace quenlor {
 
 class ScsiHosts {
  public:
-  // Lists the classes; drivers' names are read when they are first asked for.
+  // Lists the classes; drivers' names and ports' numbers are read when they are first
+  // asked for.
   ScsiHosts();
 
   // Word for the bus by which a logical unit hangs on its host: the one that the device's way
@@ -20,12 +21,16 @@ class ScsiHosts {
   std::string busOf(const BlockPath& path, const ScsiAddress& address);
   // "ahci", "usb-storage"; empty when not told.
   const std::string& driverOf(uint32_t host);
+  // Number of the port of an ATA adapter on the way, as the adapter counts its ports; empty when
+  // there is none. Two drives may share one.
+  const std::string& portOf(const BlockPath& path);
 
  private:
   std::string busOfDriver(const ScsiAddress& address);
 
   std::map<uint32_t, std::string> m_classes;  // host to the word of its class
   std::map<uint32_t, std::string> m_drivers;
+  std::map<std::string, std::string> m_ports;  // by "ata3"
 };
 
 }  // namespace quenlor

@@ -92,6 +92,17 @@ TEST(Drives, sataDiskIsWhole) {
   EXPECT_TRUE(machine.readEachOnce());
 }
 
+TEST(Drives, portThatTwoDrivesShareIsReadOnce) {
+  BlockMachine machine;
+  addSata(machine, "sda", 3, ataUnit(), block());
+  machine.addScsiDisk("sdb", kAhci + "/ata7/host5/target5:1:0", "5:0:1:0", ataUnit(), block());
+  const DriveList list = drivesOf();
+  ASSERT_EQ(list.drives.size(), 2u);
+  EXPECT_EQ(list.drives[0].location, "0000:00:1f.2/3");
+  EXPECT_EQ(list.drives[1].location, "0000:00:1f.2/3/0:1:0");
+  EXPECT_TRUE(machine.readEachOnce());
+}
+
 TEST(Drives, withoutThePageUdevKnowsTheModel) {
   BlockMachine machine;
   addSata(machine, "sda", 1, ataUnit(), block());
