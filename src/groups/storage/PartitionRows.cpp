@@ -18,6 +18,7 @@ constexpr uint32_t kLocalDisk = 3;
 constexpr uint32_t kRemoteDrive = 4;
 constexpr uint32_t kRemovableDisk = 2;
 constexpr uint32_t kCdRom = 5;
+constexpr uint32_t kRamDisk = 6;
 
 class Rows {
  public:
@@ -93,13 +94,15 @@ void Rows::addBtrfs(PartitionRow& row) const {
   }
 }
 
-// Types that the classic table does not know are on a disk if they are on a device at all.
-uint32_t mediaTypeOf(const PartitionRow& row) {
+// Types that the classic table does not know are what their kind is.
+uint32_t mediaTypeOf(const PartitionRow& row, FileSystemKind kind) {
   if (row.isRemote) return kRemoteDrive;
   if (row.kernelName.starts_with("sr")) return kCdRom;
   if (row.kernelName.starts_with("fd")) return kRemovableDisk;
   const uint32_t known = getMediaType(row.fileSystem.c_str(), row.deviceName.c_str());
-  return known == 0 && !row.kernelName.empty() ? kLocalDisk : known;
+  if (known != 0) return known;
+  if (kind == FileSystemKind::kMemory) return kRamDisk;
+  return kind == FileSystemKind::kLocal || !row.kernelName.empty() ? kLocalDisk : known;
 }
 
 bool isNode(const std::string& source) {
@@ -116,7 +119,7 @@ void Rows::addMounted(const MountedFileSystem& system, const FileSystemSpace& sp
   row.deviceName = row.isRemote ? kRemoteDevice : row.accessPoint;
   row.mountPoint = mount.point;
   row.fileSystem = mount.type;
-  row.mediaType = mediaTypeOf(row);
+  row.mediaType = mediaTypeOf(row, system.kind);
   row.space = space;
   if (!row.sizeBytes) row.sizeBytes = space.totalBytes;
   row.mountOptions = mount.options;

@@ -123,6 +123,15 @@ std::string nameOfMultipath(std::string_view uuid) {
                                 : "";
 }
 
+// Of all the ways to a drive the first one in the machine is its place, whatever order the kernel
+// found them in.
+void joinPath(Drive& head, const Drive& path) {
+  if (head.state != path.state) head.state.clear();
+  if (!naturalLess(path.place, head.place)) return;
+  head.place = path.place;
+  head.location = path.location;
+}
+
 // One drive for all the ways to it.
 void Reader::joinMultipaths() {
   std::map<std::string, const BlockDevice*> headOfPath;
@@ -139,7 +148,7 @@ void Reader::joinMultipaths() {
       continue;
     }
     const auto [head, isFirst] = heads.try_emplace(found->second, std::move(drive));
-    if (!isFirst && head->second.state != drive.state) head->second.state.clear();
+    if (!isFirst) joinPath(head->second, drive);
   }
   for (auto& [device, drive] : heads) {
     drive.kernelName = device->name;

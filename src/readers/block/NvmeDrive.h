@@ -34,6 +34,8 @@ class NvmeDrives {
 
  private:
   const NvmeController& controllerAt(const std::string& directory);
+  // Of the controller that speaks for the device; the state is set if one of several works.
+  std::string directoryOf(const BlockDevice& device, std::string& state);
 
   std::map<std::string, std::vector<const BlockDevice*>> m_paths;  // by the head's name
   std::map<std::string, NvmeController> m_controllers;             // by directory

@@ -8,6 +8,7 @@ namespace quenlor {
 namespace {
 
 constexpr std::string_view kAtaVendor = "ATA";
+constexpr size_t kInquiryModel = 16;  // characters; a shorter text was not cut
 
 // Sources of a serial number beside the device's own page, from the best to the worst: for SCSI
 // drives ID_SERIAL_SHORT is often the world-wide name.
@@ -39,7 +40,7 @@ void addAtaIdentity(Drive& drive, AtaIdentity identity) {
 // What udev's ata_id asked the drive when it was plugged in.
 void addAtaFromUdev(Drive& drive, const UdevRecord& udev, Outcome& outcome) {
   const std::string model = udev.property("ID_BUS") == "ata" ? udev.text("ID_MODEL_ENC") : "";
-  if (model.empty()) {
+  if (model.empty() && drive.model.size() >= kInquiryModel) {
     outcome.note(OutcomeStatus::kPartial, "models: ATA drives cut to 16 characters");
   }
   drive.model = firstOf(model, drive.model);
@@ -90,6 +91,14 @@ void addPlace(Drive& drive, const BlockPath& path, const ScsiAddress& address, S
   drive.place = pci.empty() ? path.stablePart() + "/" + behind : drive.location;
 }
 
+// The kernel keeps the pages of devices of its standard or later; older ones, and many behind USB,
+// would have to be asked. Optical drives have neither number nor name.
+void noteWhatNobodyTold(const Drive& drive, Outcome& outcome) {
+  const bool isNameless = drive.serial.empty() && drive.worldWideName.empty();
+  if (!isNameless || drive.kind == DriveKind::kOptical) return;
+  outcome.note(OutcomeStatus::kPartial, "serial numbers: some drives tell theirs only when asked");
+}
+
 }  // namespace
 
 std::optional<DriveKind> driveKindOf(uint64_t peripheralType) {
@@ -132,6 +141,7 @@ std::optional<Drive> readScsiDrive(const SysfsAttributes& unit, const UdevRecord
   drive.rotation = parseRotation(unit.bytes("vpd_pgb1"));
   if (drive.vendor == kAtaVendor) addAta(drive, unit, udev, outcome);
   if (drive.serial.empty()) drive.serial = serialFromUdev(udev);
+  noteWhatNobodyTold(drive, outcome);
   addPlace(drive, path, *address, hosts);
   return drive;
 }

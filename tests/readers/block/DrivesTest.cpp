@@ -161,6 +161,7 @@ TEST(Drives, usbDisksAndCardReadersLiveBehindTheirPort) {
   EXPECT_EQ(list.drives[0].location, "0000:00:14.0/1.4");
   EXPECT_EQ(list.drives[0].rotation, Rotation::kNotTold);
   EXPECT_EQ(list.drives[1].location, "0000:00:14.0/1.4/0:0:1");
+  EXPECT_EQ(list.outcome.reason(), "serial numbers: some drives tell theirs only when asked");
   EXPECT_FALSE(list.drives[1].sizeBytes);
   EXPECT_EQ(list.drives[1].isRemovable, true);
   EXPECT_EQ(list.drives[0].usbPort, "1.4");
@@ -252,6 +253,28 @@ TEST(Drives, multipathIsOneDriveWithItsPaths) {
   EXPECT_FALSE(list.drives[1].paths);
 }
 
+TEST(Drives, placeOfMultipathIsTheFirstInTheMachine) {
+  BlockMachine machine;
+  machine.addScsiDisk("sda", "pci0000:00/0000:02:00.0/host1/target1:0:0", "1:0:0:0",
+                      {{"type", "0"}}, block());
+  machine.addScsiDisk("sdb", "pci0000:00/0000:01:00.0/host2/target2:0:0", "2:0:0:0",
+                      {{"type", "0"}}, block());
+  machine.addDevice("dm-0", "virtual/block",
+                    {{"size", "1"}, {"dm/name", "m"}, {"dm/uuid", "mpath-3600508b400010203"}});
+  machine.setSlaves("dm-0", {"sda", "sdb"});
+  EXPECT_EQ(drivesOf().drives.at(0).location, "0000:01:00.0/0:0:0");
+}
+
+TEST(Drives, shortModelWasNotCut) {
+  BlockMachine machine;
+  Attributes unit = ataUnit();
+  unit["model"] = "QEMU HARDDISK   ";
+  addSata(machine, "sda", 1, unit, block());
+  const DriveList list = drivesOf();
+  EXPECT_EQ(list.drives.at(0).model, "QEMU HARDDISK");
+  EXPECT_EQ(list.outcome.status(), OutcomeStatus::kComplete);
+}
+
 TEST(Drives, multipathWithOneFailedPathHasNoCommonState) {
   BlockMachine machine;
   Attributes unit = {{"type", "0"}, {"state", "running"}};
@@ -291,6 +314,7 @@ TEST(Drives, nvmeNamespacesShareTheirController) {
   EXPECT_EQ(drive.deviceName, "/dev/nvme0n2");
   EXPECT_EQ(drive.bus, "nvme");
   EXPECT_EQ(drive.model, "SAMSUNG MZVL21T0HCLR-00B00");
+  EXPECT_EQ(drive.vendor, "SAMSUNG");
   EXPECT_EQ(drive.serial, "S676NF0R000000");
   EXPECT_EQ(drive.firmware, "GXA7401Q");
   EXPECT_EQ(drive.worldWideName, "eui.002538ba11b00002");
@@ -320,7 +344,7 @@ TEST(Drives, nvmeHeadStandsForItsHiddenPaths) {
   EXPECT_EQ(list.drives[0].deviceName, "/dev/nvme0n1");
   EXPECT_EQ(list.drives[0].paths, 2u);
   EXPECT_EQ(list.drives[0].state, "live");
-  EXPECT_EQ(list.drives[0].location, "0000:04:00.0/1");
+  EXPECT_EQ(list.drives[0].location, "0000:03:00.0/1");  // whichever path works
   EXPECT_EQ(list.drives[0].model, "SAMSUNG MZVL21T0HCLR-00B00");
 }
 
