@@ -14,11 +14,14 @@
 #include "readers/block/BlockInventory.h"
 #include "readers/dmi/DmiReader.h"
 #include "readers/guest/Guest.h"
+#include "readers/interfaces/InterfaceReader.h"
 #include "readers/mounts/MountFacts.h"
+#include "readers/pci/PciFunctions.h"
 #include "readers/resolver/Resolver.h"
 #include "readers/system/KernelStatistics.h"
 #include "readers/system/ZoneAndLocale.h"
 #include "readers/topology/CpuInventory.h"
+#include "readers/usb/UsbDevices.h"
 
 namespace quenlor {
 
@@ -58,10 +61,18 @@ class ModernScan {
     return m_kernelStatistics.get(m_readers, outcome);
   }
   const MountFacts* mounts(Outcome& outcome) { return m_mounts.get(m_readers, outcome); }
+  const NetworkInterfaces* networkInterfaces(Outcome& outcome) {
+    return m_networkInterfaces.get(m_readers, outcome);
+  }
+  const PciFunctions* pciFunctions(Outcome& outcome) {
+    return m_pciFunctions.get(m_readers, outcome);
+  }
   const Resolver* resolver(Outcome& outcome) { return m_resolver.get(m_readers, outcome); }
   const SystemLocale* systemLocale(Outcome& outcome) {
     return m_systemLocale.get(m_readers, outcome);
   }
+
+  const UsbDevices* usbDevices(Outcome& outcome) { return m_usbDevices.get(m_readers, outcome); }
 
   // By the driver's thread alone.
   void addResult(GroupResult result) { m_results.push_back(std::move(result)); }
@@ -82,6 +93,11 @@ class ModernScan {
   SharedReader<SystemLocale> m_systemLocale{"locale", readSystemLocale};
   SharedReader<CpuInventory> m_cpus{"processors", readCpus};
   SharedReader<GuestFacts> m_guestFacts{"virtualization", readGuestFacts};
+  SharedReader<NetworkInterfaces> m_networkInterfaces{"interfaces", readNetworkInterfaces};
+  SharedReader<PciFunctions> m_pciFunctions{"PCI devices", readPciFunctions};
+  SharedReader<Resolver> m_resolver{"host and domain name", readResolver};
+  SharedReader<SystemLocale> m_systemLocale{"locale", readSystemLocale};
+  SharedReader<UsbDevices> m_usbDevices{"USB devices", readUsbDevices};
   std::vector<GroupResult> m_results;
 };
 
