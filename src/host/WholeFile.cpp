@@ -28,8 +28,9 @@ int readToEnd(int fd, size_t limit, std::string& bytes) {
   return 0;
 }
 
-// The file, open and known to be a regular one; else no descriptor, and why.
-Descriptor openRegular(const std::string& path, FileStatus& status) {
+// The file, open and known to be a regular one, and the size that it claims; else no descriptor,
+// and why.
+Descriptor openRegular(const std::string& path, FileStatus& status, size_t* size = nullptr) {
   Descriptor file(host().open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY, 0));
   status = file ? FileStatus::kRead : fileStatusOf(errno);
   struct stat facts {};
@@ -37,6 +38,7 @@ Descriptor openRegular(const std::string& path, FileStatus& status) {
     status = FileStatus::kNotRegular;
     return {};
   }
+  if (size != nullptr) *size = static_cast<size_t>(std::max<off_t>(facts.st_size, 0));
   return file;
 }
 
@@ -61,8 +63,12 @@ FileStatus fileStatusOf(int error) {
 
 WholeFile readWholeFile(const std::string& path, size_t limit) {
   WholeFile file;
-  const Descriptor descriptor = openRegular(path, file.status);
+  size_t size = 0;
+  const Descriptor descriptor = openRegular(path, file.status, &size);
   if (!descriptor) return file;
+  // Lists of a million bytes would be copied again and again while they grow. Files of the kernel
+  // tell no size, or a wrong one.
+  file.bytes.reserve(std::min(size, limit));
   file.status = fileStatusOf(readToEnd(descriptor.get(), limit, file.bytes));
   if (file.status == FileStatus::kRead && file.bytes.size() > limit) {
     file.status = FileStatus::kTooLarge;

@@ -42,12 +42,6 @@ constexpr const char* kDefaultPlatform = "IA32";
 
 long long toDecimal(const std::string& text) { return std::strtoll(text.c_str(), nullptr, 10); }
 
-std::vector<NVPair> retrieve(const char* group, const std::vector<std::string>& names) {
-  std::vector<NVPair> pairs;
-  EntryBuilder::RetrieveAttributeValue(group, &names, &pairs);
-  return pairs;
-}
-
 // A stored string, unescaped: a list is read line by line, not parsed.
 std::string stringText(const unsigned char* velString) {
   return toLocale(readText(velString).c_str());
@@ -82,8 +76,7 @@ const std::string* firstValue(const std::vector<NVPair>& pairs, const char* name
 }  // namespace
 
 int EntryBuilder::BuildAllEntries(int) {
-  m_owned.clear();
-  m_entries.clear();
+  clear();
   addValues("cpu_mhertz", retrieve("Processor", {"MaxClockSpeed"}), "MaxClockSpeed");
   addValues("scandate", retrieve("Scan Info", {"Scan Date"}), "Scan Date");
   // Collected once for all their entries: a collection may wait for commands and name servers.
@@ -97,7 +90,19 @@ int EntryBuilder::BuildAllEntries(int) {
   addHwPlatform(system);
   addRam(retrieve("Memory", {"Total Physical"}));
   addDisks(retrieve("Partition", {"Media Type", "Physical Size"}));
-  return static_cast<int>(m_entries.size());
+  return count();
+}
+
+std::vector<NVPair> EntryBuilder::retrieve(const char* group,
+                                           const std::vector<std::string>& names) {
+  std::vector<NVPair> pairs;
+  RetrieveAttributeValue(group, &names, &pairs);
+  return pairs;
+}
+
+void EntryBuilder::clear() {
+  m_owned.clear();
+  m_entries.clear();
 }
 
 bool EntryBuilder::PrintEntries(const char* fileName) {

@@ -34,16 +34,24 @@ class EntryBuilder {
   // A value block as text: numbers in decimal, texts in the locale's encoding.
   static std::string GetVELAttributeAsString(const unsigned char* block);
 
- private:
-  SimpleEntry& addSimple(const char* id);
-  AttributeReplacingEntry& addReplacing(const char* id);
-  void add(std::unique_ptr<IEntry> entry);
+ protected:
+  // Collects a group; the attributes of these names, row after row.
+  static std::vector<NVPair> retrieve(const char* group, const std::vector<std::string>& names);
 
+  void clear();
+  int count() const { return static_cast<int>(m_entries.size()); }
+  SimpleEntry& addSimple(const char* id);
+  // One value for each pair of the name.
   void addValues(const char* id, const std::vector<NVPair>& pairs, const char* attribute);
-  void addOsType(const std::vector<NVPair>& system);
   void addOsVersion(const std::vector<NVPair>& system);
   void addHwPlatform(const std::vector<NVPair>& system);
   void addRam(const std::vector<NVPair>& memory);
+
+ private:
+  AttributeReplacingEntry& addReplacing(const char* id);
+  void add(std::unique_ptr<IEntry> entry);
+
+  void addOsType(const std::vector<NVPair>& system);
   void addDisks(const std::vector<NVPair>& partitions);
 
   std::vector<std::unique_ptr<IEntry>> m_owned;

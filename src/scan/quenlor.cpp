@@ -20,6 +20,7 @@
 #include "host/ScanState.h"
 #include "limits/ScanDeadline.h"
 #include "listing/EntryBuilder.h"
+#include "listing/ModernEntryBuilder.h"
 #include "log/CcLogWrapper.h"
 #include "scan/CommandLine.h"
 #include "scan/GroupChoice.h"
@@ -188,6 +189,12 @@ void announceDeadline(const ScanSettings& settings) {
   }
 }
 
+// The listing of the sources that are chosen.
+std::unique_ptr<EntryBuilder> makeEntryBuilder(const ScanSettings& settings) {
+  if (settings.isModern()) return std::make_unique<ModernEntryBuilder>();
+  return std::make_unique<EntryBuilder>();
+}
+
 int run(const CommandLine& options, const ScanSettings& settings, EntryBuilder& entryBuilder) {
   if (options.list) return printList(options, settings, entryBuilder);
   if (options.wOption) {
@@ -197,14 +204,8 @@ int run(const CommandLine& options, const ScanSettings& settings, EntryBuilder& 
   return Scan(options, settings).run();
 }
 
-}  // namespace
-
-int quenlor(int argc, char* argv[]) {
-  EntryBuilder entryBuilder;
-  return quenlor(argc, argv, entryBuilder);
-}
-
-int quenlor(int argc, char* argv[], EntryBuilder& entryBuilder) {
+// `given` lists instead of the sources' own listing, unless it is null.
+int runProgram(int argc, char* argv[], EntryBuilder* given) {
   host().setlocale(LC_ALL, "");
   host().timeZone();  // what is reported of the zone is what holds before any time is converted
   DovCfg::initialize(argc > 0 ? argv[0] : "");
@@ -217,12 +218,22 @@ int quenlor(int argc, char* argv[], EntryBuilder& entryBuilder) {
   CcLogWrapper::initialize(properties.c_str());
   getCcLogHw()->traceMidEntry(kAt(), "hardware");
 
+  const std::unique_ptr<EntryBuilder> own = given ? nullptr : makeEntryBuilder(*settings);
+  EntryBuilder& entryBuilder = given ? *given : *own;
   const CommandLineResult parsed =
       parseCommandLine(argc, argv, [&entryBuilder] { return entryBuilder.BuildAllEntries(1); });
   if (parsed.finished) return parsed.status;
   const int status = run(parsed.options, *settings, entryBuilder);
   if (status != kExitSuccess) explainFailure(parsed.options, status);
   return status;
+}
+
+}  // namespace
+
+int quenlor(int argc, char* argv[]) { return runProgram(argc, argv, nullptr); }
+
+int quenlor(int argc, char* argv[], EntryBuilder& entryBuilder) {
+  return runProgram(argc, argv, &entryBuilder);
 }
 
 int printHwHeader(bool xmlFlag, const char* outputFileName) {
