@@ -58,4 +58,11 @@ inline std::string valueOf(const RowValues& row, uint32_t id) {
   return "(absent)";
 }
 
+inline bool hasValue(const RowValues& row, uint32_t id) {
+  for (const auto& [attribId, value] : row) {
+    if (attribId == id) return true;
+  }
+  return false;
+}
+
 }  // namespace quenlor::test
