@@ -7,7 +7,7 @@ build='g++ cmake ninja-build python3 libexpat1-dev libspdlog-dev libfmt-dev'
 test="$build libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev clang-format clang-tidy
       busybox-static cpio dmidecode dpkg-dev e2fsprogs fdisk file git groff hostname iproute2 kmod
       libxml2-utils lintian locales man-db mandoc mount net-tools pci.ids pciutils procps
-      qemu-system-x86 sg3-utils util-linux xz-utils zstd"
+      qemu-system-x86 sg3-utils strace util-linux xz-utils zstd"
 
 case "${1:-}" in
   build) wanted=$build ;;

@@ -65,7 +65,8 @@ void GroupFactory::chooseSources(const ScanSettings& settings) {
 
 int GroupFactory::initialise() {
   setHWConfigFile();
-  SMBIOSTable::initializeGlobalTable(1);
+  // Modern sources have the firmware's table from the kernel, which guards physical memory.
+  if (m_catalogue == GROUPS_DEF) SMBIOSTable::initializeGlobalTable(1);
   return 1;
 }
 

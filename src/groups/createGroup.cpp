@@ -29,7 +29,8 @@ VelGroup* create() {
   return new Group;
 }
 
-// How a group is made: its classic source, and its modern one. Null: there is none (yet).
+// How a group is made: its classic source, null where only modern documents have the group, and its
+// modern one.
 struct GroupClass {
   uint32_t id;
   VelGroup* (*create)();
@@ -78,8 +79,7 @@ VelGroup* createModernGroup(unsigned long groupId, const std::shared_ptr<ModernS
   const GroupClass* groupClass = findClass(groupId);
   if (groupClass == nullptr) return nullptr;
   const velGroupDef& group = *findGroup(MODERN_GROUPS_DEF, groupClass->id);
-  if (groupClass->collect != nullptr) return new ModernGroup(group, scan, groupClass->collect);
-  return new ClassicSourceGroup(group, scan, std::unique_ptr<VelGroup>(groupClass->create()));
+  return new ModernGroup(group, scan, groupClass->collect);
 }
 
 }  // namespace

@@ -37,23 +37,4 @@ VelTable* ModernGroup::getTable() {
   return table->build().release();
 }
 
-ClassicSourceGroup::ClassicSourceGroup(const velGroupDef& group, std::shared_ptr<ModernScan> scan,
-                                       std::unique_ptr<VelGroup> classic)
-    : VelGroup(group.id, kVersion),
-      m_group(group),
-      m_scan(std::move(scan)),
-      m_classic(std::move(classic)) {}
-
-VelTable* ClassicSourceGroup::getTable() {
-  const auto start = Clock::now();
-  std::unique_ptr<VelTable> table(m_classic->getTable());
-  GroupResult report{m_group.name, table ? table->getNumRows() : 0, since(start), {}};
-  report.outcome.note(OutcomeStatus::kPartial, "classic source");
-  m_scan->addResult(std::move(report));
-  for (int i = 0; i < m_classic->getExtraTableCount(); ++i) {
-    addExtraTable(m_classic->getExtraTable(i));
-  }
-  return table.release();
-}
-
 }  // namespace quenlor

@@ -27,18 +27,4 @@ class ModernGroup : public VelGroup {
   ModernCollector m_collect;
 };
 
-// A group that modern scans still take from its classic source, with that source's own limits.
-class ClassicSourceGroup : public VelGroup {
- public:
-  ClassicSourceGroup(const velGroupDef& group, std::shared_ptr<ModernScan> scan,
-                     std::unique_ptr<VelGroup> classic);
-
-  VelTable* getTable() override;
-
- private:
-  const velGroupDef& m_group;
-  std::shared_ptr<ModernScan> m_scan;
-  std::unique_ptr<VelGroup> m_classic;
-};
-
 }  // namespace quenlor
