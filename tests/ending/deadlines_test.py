@@ -39,7 +39,7 @@ class Deadlines(unittest.TestCase):
         self.assertEqual(said, "quenlor: Storage does not end; the scan is given up\n")
         self.assertEqual(status, GIVEN_UP)
         self.assertGreater(took, QUARTER_OF_AN_HOUR)
-        self.assertLess(took, QUARTER_OF_AN_HOUR + 3)
+        self.assertLess(took, QUARTER_OF_AN_HOUR + 10)
         self.assertNotIn("</Hardware>", (self.scene.root / "tmp/out").read_text())
         self.assertEqual(self.scene.left_behind(), [])
 
@@ -53,7 +53,7 @@ class Deadlines(unittest.TestCase):
         content = server.end()
         self.assertEqual(said, "quenlor: Partition does not end; the scan is given up\n")
         self.assertEqual(status, GIVEN_UP)
-        self.assertLess(took, QUARTER_OF_AN_HOUR + 3)
+        self.assertLess(took, QUARTER_OF_AN_HOUR + 10)
         self.assertTrue(content.startswith(b"<?xml"))
         self.assertNotIn(b"</Hardware>", content)
         self.assertEqual(self.scene.left_behind(), [])
