@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
@@ -144,15 +144,22 @@ TEST(RecordedDrives, threeHundredDrivesAreRowsInNaturalOrder) {
   EXPECT_EQ(machine.readTwice(), std::vector<std::string>{});
 }
 
+// Of all threads: readers have one of their own.
+double processorSeconds() {
+  timespec spent{};
+  ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &spent);
+  return static_cast<double>(spent.tv_sec) + static_cast<double>(spent.tv_nsec) / 1e9;
+}
+
 double secondsFor(int count) {
   const test::TemporaryDirectory directory;
   writeShelf(directory, count);
   test::RecordedHost machine(directory.path());
-  const auto start = std::chrono::steady_clock::now();
+  const double start = processorSeconds();
   const std::string rows = collectAll();
-  const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
+  const double spent = processorSeconds() - start;
   EXPECT_NE(rows.find("FS Mount Point: /srv/" + std::to_string(count) + "\n"), std::string::npos);
-  return spent.count();
+  return spent;
 }
 
 TEST(RecordedDrives, timeGrowsWithTheNumberOfDrivesAndMounts) {
