@@ -71,9 +71,16 @@ void noteMeasuring(const FileSystemSize& size, Outcome& outcome) {
       outcome.note(OutcomeStatus::kPartial, "sizes: file systems not measured");
       break;
     case WorkerPool::Outcome::kAnswered:
-      if (size.status.f_bsize == 0) outcome.note(OutcomeStatus::kPartial, "sizes: refused");
+      if (size.status.f_bsize == 0)
+        outcome.note(OutcomeStatus::kPartial, "sizes: not told by some file systems");
       break;
   }
+}
+
+// Mounts are told without the devices below them too.
+void noteDevices(const Outcome& devices, Outcome& outcome) {
+  if (devices.status() == OutcomeStatus::kComplete) return;
+  outcome.note(OutcomeStatus::kPartial, devices.reason());
 }
 
 // At a mount point that another mount hides, statvfs would tell of the other one.
@@ -145,7 +152,7 @@ void collectPartition(ModernScan& scan, ModernTable& table) {
   const BlockInventory* inventory = scan.blockDevices(table.outcome());
   const MountFacts* mounts = scan.mounts(table.outcome());
   const BlockInventory noDevices;
-  if (inventory != nullptr) table.outcome().merge(inventory->tree.outcome);
+  if (inventory != nullptr) noteDevices(inventory->tree.outcome, table.outcome());
   if (mounts == nullptr) return;
   table.outcome().merge(mounts->table.outcome);
   table.outcome().merge(mounts->swaps.outcome);

@@ -277,7 +277,19 @@ TEST(ModernPartition, fileSystemThatRefusesIsSaid) {
   const Collected collected = partitions();
   ASSERT_EQ(collected.rows.size(), 1u);
   EXPECT_EQ(valueOf(collected.rows[0], 9), "0");
-  EXPECT_EQ(collected.outcome.reason(), "sizes: refused");
+  EXPECT_EQ(collected.outcome.reason(), "sizes: not told by some file systems");
+}
+
+TEST(ModernPartition, mountsAreToldWithoutSysfsToo) {
+  test::FakeHost machine;
+  machine.files["/proc/self/mountinfo"] = "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n";
+  machine.fileSystems["/"].f_bsize = 4096;
+  const Collected collected = partitions();
+  ASSERT_EQ(collected.rows.size(), 1u);
+  EXPECT_EQ(valueOf(collected.rows[0], 4), "/dev/sda1");
+  EXPECT_EQ(valueOf(collected.rows[0], 115), "(absent)");
+  EXPECT_EQ(collected.outcome.status(), OutcomeStatus::kPartial);
+  EXPECT_EQ(collected.outcome.reason(), "block devices: no sysfs");
 }
 
 TEST(ModernPartition, deadServersCostTheirLimitOnce) {
