@@ -22,7 +22,9 @@ def require_fuse():
         raise unittest.SkipTest(f"no /dev/fuse: {reason}") from reason
 
 
-class DeadMounts(unittest.TestCase):
+class DeadMountCase(unittest.TestCase):
+    """A scene, and servers of mounts in it."""
+
     def setUp(self):
         require_fuse()
         self.slack = 10 if self.tools.sanitizer else 1
@@ -72,6 +74,8 @@ class DeadMounts(unittest.TestCase):
         self.assertEqual(self.scene.left_behind(), [])
         return content
 
+
+class DeadMounts(DeadMountCase):
     def test_reader_of_a_pipe_has_its_end_of_file_and_the_parent_its_status(self):
         self.mount()
         status, document, _, stuck = self.scan()
@@ -125,5 +129,43 @@ class DeadMounts(unittest.TestCase):
         self.assertEqual(self.scene.left_behind(), [])
 
 
+class ModernDeadMounts(DeadMountCase):
+    """The modern sources leave such mounts alone while an earlier scan still waits for one."""
+
+    def setUp(self):
+        require_fuse()
+        self.slack = 10 if self.tools.sanitizer else 1
+        self.scene = scene.Scene(self.tools, groups=["Partition"],
+                                 settings={"hwscanner.sources": "modern",
+                                           "hwscanner.mount_limit_ms": str(int(LIMIT * 1e3))})
+        process = self.scene.root / "proc/self"
+        process.mkdir(parents=True, exist_ok=True)
+        (process / "mountinfo").write_text("36 1 0:40 / /dead rw - fuse.sshfs server:/share rw\n")
+        (process / "exe").symlink_to(scene.PROGRAM)
+        self.servers = []
+
+    def test_second_scan_ends_beside_the_first_ones_stuck_process(self):
+        self.mount()
+        first, second = self.scan(), self.scan()
+        self.assert_stuck(first[3])
+        self.assertIn("sizes: file systems without an answer in time", first[1])
+        self.assertIn("not measured: an earlier scan still waits", second[1])
+        self.assertEqual([one for one in second[3] if scene.state_of(one) not in ("Z", "")], [])
+        self.end_of_mount()
+        self.assertNotIn("an earlier scan", self.scan()[1])
+
+    def assert_stuck(self, processes):
+        """It keeps its mark beside the pipe."""
+        self.assertEqual(len(processes), 1)
+        self.assertEqual(scene.state_of(processes[0]), "Z")
+
+
+def run(tools, names):
+    if names == ["modern"]:
+        return scene.run_cases(ModernDeadMounts, tools, [])
+    return scene.run_cases(DeadMounts, tools, names)
+
+
+
 if __name__ == "__main__":
-    sys.exit(scene.run_tests(lambda tools, names: scene.run_cases(DeadMounts, tools, names)))
+    sys.exit(scene.run_tests(run))

@@ -6,6 +6,7 @@
 
 #include "groups/modern/Collectors.h"
 #include "groups/storage/PartitionRows.h"
+#include "limits/EarlierScan.h"
 #include "limits/FileSystemSizes.h"
 #include "readers/mounts/MountTypes.h"
 
@@ -77,6 +78,10 @@ void noteMeasuring(const FileSystemSize& size, Outcome& outcome) {
   }
 }
 
+bool isUnanswered(const FileSystemSize& size) {
+  return size.outcome == WorkerPool::Outcome::kNoAnswer;
+}
+
 // Mounts are told without the devices below them too.
 void noteDevices(const Outcome& devices, Outcome& outcome) {
   if (devices.status() == OutcomeStatus::kComplete) return;
@@ -86,9 +91,15 @@ void noteDevices(const Outcome& devices, Outcome& outcome) {
 // At a mount point that another mount hides, statvfs would tell of the other one.
 std::vector<FileSystemSpace> measure(const std::vector<MountedFileSystem>& systems,
                                      Milliseconds limit, Outcome& outcome) {
+  // A process that waits for a dead mount for ever is enough; another one a day is not needed.
+  const bool leavesRemoteOnes = EarlierScan().isStillWaiting();
   std::vector<FileSystem> questions;
   std::vector<size_t> asked;
   for (size_t index = 0; index < systems.size(); ++index) {
+    if (leavesRemoteOnes && mayHang(systems[index].kind)) {
+      outcome.note(OutcomeStatus::kPartial, "not measured: an earlier scan still waits");
+      continue;
+    }
     if (systems[index].mount->isHidden) {
       outcome.note(OutcomeStatus::kPartial, "sizes: hidden mount points");
       continue;
@@ -97,6 +108,7 @@ std::vector<FileSystemSpace> measure(const std::vector<MountedFileSystem>& syste
     asked.push_back(index);
   }
   const auto sizes = measureFileSystems(questions, {limit, limit});
+  if (std::any_of(sizes.begin(), sizes.end(), isUnanswered)) EarlierScan().mark();
   std::vector<FileSystemSpace> spaces(systems.size());
   for (size_t number = 0; number < sizes.size(); ++number) {
     noteMeasuring(sizes[number], outcome);
