@@ -50,7 +50,9 @@ void addGuestCapacity(ModernTable& table, ModernRow& row, const Guest& guest,
 // The serial number that a guest's firmware shows is the guest's.
 std::optional<std::string> serialNumber(ModernScan& scan, ModernTable& table) {
   const DmiTable* dmi = scan.dmi(table.outcome());
-  return dmi == nullptr || !dmi->system ? std::nullopt : dmi->system->serial;
+  if (dmi == nullptr) return std::nullopt;
+  table.outcome().mergePart(dmi->outcome);
+  return dmi->system ? dmi->system->serial : std::nullopt;
 }
 
 }  // namespace

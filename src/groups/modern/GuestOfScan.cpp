@@ -63,6 +63,7 @@ std::optional<Guest> guestOfScan(ModernScan& scan, Outcome& outcome) {
   Outcome ignored;  // without the firmware or the processors the verdict still holds
   const GuestFacts* facts = scan.guestFacts(outcome);
   if (facts == nullptr) return std::nullopt;
+  outcome.merge(facts->outcome);
   const DmiTable* dmi = scan.dmi(ignored);
   const CpuInventory* cpus = scan.cpus(ignored);
   return judgeGuest(*facts, dmi == nullptr ? MachineTexts{} : machineTexts(*dmi),

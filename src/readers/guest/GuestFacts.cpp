@@ -98,7 +98,9 @@ void readMarks(ContainerFacts& facts) {
 
 void readProcesses(ContainerFacts& facts) {
   facts.tracer = readTracer();
-  facts.initEnvironment = environmentValue(readWholeFile("/proc/1/environ").bytes, "container");
+  const WholeFile environment = readWholeFile("/proc/1/environ");
+  facts.isInitRefused = environment.status == FileStatus::kRefused;
+  facts.initEnvironment = environmentValue(environment.bytes, "container");
   facts.cgroups = textOf("/proc/self/cgroup");
   facts.initCgroups = textOf("/proc/1/cgroup");
   facts.hasCgroupType = exists("/sys/fs/cgroup/cgroup.type");
@@ -160,8 +162,10 @@ GuestFacts readGuestFacts() {
     facts.acpiMaker = acpiMakerOf(readWholeFile("/sys/firmware/acpi/tables/DSDT").bytes);
   }
   facts.cloudInstanceId = textOf("/var/lib/cloud/data/instance-id");
-  if (!judgeContainer(facts.container).container.empty()) {
-    facts.limits = readCgroupLimits(facts.container.cgroups);
+  const std::string container = judgeContainer(facts.container).container;
+  if (!container.empty()) facts.limits = readCgroupLimits(facts.container.cgroups);
+  if (container == "other" && facts.container.isInitRefused) {
+    facts.outcome.note(OutcomeStatus::kPartial, "kind of container: first process refused");
   }
   return facts;
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/Outcome.h"
 #include "readers/guest/CgroupLimits.h"
 
 namespace quenlor {
@@ -37,11 +38,12 @@ struct XenFacts {
 };
 
 struct ContainerFacts {
-  bool hasVz = false, hasBc = false;                   // /proc/vz, /proc/bc
-  std::string osRelease;                               // uname
-  std::string tracer;                                  // name of the process that traces this one
-  std::string hostManager, systemdManager;             // what /run says
-  std::string initEnvironment;                         // "container" of process 1
+  bool hasVz = false, hasBc = false;        // /proc/vz, /proc/bc
+  std::string osRelease;                    // uname
+  std::string tracer;                       // name of the process that traces this one
+  std::string hostManager, systemdManager;  // what /run says
+  bool isInitRefused = false;               // the kernel does not show the environment of process 1
+  std::string initEnvironment;              // "container" of process 1
   bool hasContainerenv = false, hasDockerenv = false;  // marks of podman and docker
   bool hasLxdSocket = false, hasIncusSocket = false;   // in virtual machines too
   bool hasKubernetesService = false, hasKubernetesSecrets = false;
@@ -62,6 +64,7 @@ struct GuestFacts {
   std::string acpiMaker;        // OEM id of the DSDT, six characters; root only
   std::string cloudInstanceId;  // of cloud-init
   CgroupLimits limits;          // only in a container
+  Outcome outcome;
 };
 
 // Reads each file once, opens no device and asks no network.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 
 #include "tests/support/FakeHost.h"
 
@@ -65,6 +66,19 @@ TEST(GuestFacts, limitsOutsideAContainerAreTheScannersOwn) {
   host.files["/proc/self/cgroup"] = "0::/system.slice/agent.service\n";
   host.files["/sys/fs/cgroup/system.slice/agent.service/cpu.max"] = "5000 100000\n";
   EXPECT_FALSE(readGuestFacts().limits.cpus);
+}
+
+TEST(GuestFacts, aContainerOfUnknownKindSaysWhatWasRefused) {
+  FakeHost host;
+  host.files["/proc/1/environ"] = std::string("container=lxc", 14);
+  host.openErrors["/proc/1/environ"] = EACCES;
+  EXPECT_EQ(readGuestFacts().outcome.status(), OutcomeStatus::kComplete);
+  host.links["/proc/self/ns/pid"] = "pid:[4026532585]";
+  host.links["/proc/self/ns/cgroup"] = "cgroup:[4026532587]";
+  EXPECT_EQ(readGuestFacts().outcome.reason(), "kind of container: first process refused");
+  host.openErrors.clear();
+  EXPECT_EQ(readGuestFacts().container.initEnvironment, "lxc");
+  EXPECT_EQ(readGuestFacts().outcome.status(), OutcomeStatus::kComplete);
 }
 
 TEST(StatusField, isTheLineOfTheKey) {
