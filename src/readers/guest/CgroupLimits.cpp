@@ -34,7 +34,12 @@ void tighten(std::optional<Number>& limit, std::optional<Number> other) {
   if (other && (!limit || *other < *limit)) limit = other;
 }
 
-std::string valueOf(const std::string& path) { return readAttribute(path).value_or(""); }
+// A file of a group, in version 1 below the directory of its controller.
+std::string groupValue(const char* controller, const std::string& group, const char* file) {
+  std::string path = kMount;
+  path.append(controller).append(group).append(file);
+  return readAttribute(path).value_or("");
+}
 
 bool hasController(const std::string& controllers, const std::string& controller) {
   std::istringstream stream(controllers);
@@ -46,23 +51,22 @@ bool hasController(const std::string& controllers, const std::string& controller
 
 void readVersion2(const std::string& path, CgroupLimits& limits) {
   for (const std::string& group : withParents(path)) {
-    tighten(limits.cpus, parseCpuMax(valueOf(kMount + group + "/cpu.max")));
-    tighten(limits.memoryBytes, parseMemoryMax(valueOf(kMount + group + "/memory.max")));
+    tighten(limits.cpus, parseCpuMax(groupValue("", group, "/cpu.max")));
+    tighten(limits.memoryBytes, parseMemoryMax(groupValue("", group, "/memory.max")));
   }
 }
 
 void readVersion1(const std::string& cgroups, CgroupLimits& limits) {
   const auto cpu = cgroupPath(cgroups, "cpu");
   for (const std::string& group : cpu ? withParents(*cpu) : std::vector<std::string>{}) {
-    const std::string directory = kMount + "/cpu" + group;
-    const std::string quota = valueOf(directory + "/cpu.cfs_quota_us");
+    const std::string quota = groupValue("/cpu", group, "/cpu.cfs_quota_us");
     if (quota.empty() || quota == "-1") continue;
-    tighten(limits.cpus, share(quota, valueOf(directory + "/cpu.cfs_period_us")));
+    tighten(limits.cpus, share(quota, groupValue("/cpu", group, "/cpu.cfs_period_us")));
   }
   const auto memory = cgroupPath(cgroups, "memory");
   for (const std::string& group : memory ? withParents(*memory) : std::vector<std::string>{}) {
     tighten(limits.memoryBytes,
-            parseMemoryMax(valueOf(kMount + "/memory" + group + "/memory.limit_in_bytes")));
+            parseMemoryMax(groupValue("/memory", group, "/memory.limit_in_bytes")));
   }
 }
 

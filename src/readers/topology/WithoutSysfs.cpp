@@ -74,6 +74,7 @@ std::vector<CpuPackage> packagesOfCpuinfo(const std::vector<CpuinfoBlock>& block
   }
   if (!unplaced.empty()) return packagesOfLayout(unplaced, layout);
   std::vector<CpuPackage> packages;
+  packages.reserve(numbered.size());
   for (auto& [id, package] : numbered) packages.push_back(finished(package));
   return packages;
 }
