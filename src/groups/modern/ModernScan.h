@@ -71,7 +71,6 @@ class ModernScan {
   const SystemLocale* systemLocale(Outcome& outcome) {
     return m_systemLocale.get(m_readers, outcome);
   }
-
   const UsbDevices* usbDevices(Outcome& outcome) { return m_usbDevices.get(m_readers, outcome); }
 
   // By the driver's thread alone.
@@ -89,8 +88,6 @@ class ModernScan {
   SharedReader<BlockInventory> m_blockDevices{"block devices", readBlockInventory};
   SharedReader<KernelStatistics> m_kernelStatistics{"processor times", readKernelStatistics};
   SharedReader<MountFacts> m_mounts{"mounts", readMountFacts};
-  SharedReader<Resolver> m_resolver{"host and domain name", readResolver};
-  SharedReader<SystemLocale> m_systemLocale{"locale", readSystemLocale};
   SharedReader<CpuInventory> m_cpus{"processors", readCpus};
   SharedReader<GuestFacts> m_guestFacts{"virtualization", readGuestFacts};
   SharedReader<NetworkInterfaces> m_networkInterfaces{"interfaces", readNetworkInterfaces};

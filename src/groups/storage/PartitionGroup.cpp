@@ -61,8 +61,8 @@ uint64_t toKilobytes(uint64_t blockSize, uint64_t blocks) {
   return blockSize * (blocks >> 10) + ((blockSize * (blocks & 1023)) >> 10);
 }
 
-std::vector<Mount> readMounts(FILE* mountTable) {
-  std::vector<Mount> mounts;
+std::vector<MountTableEntry> readMounts(FILE* mountTable) {
+  std::vector<MountTableEntry> mounts;
   const auto buffer = std::make_unique_for_overwrite<char[]>(kMountLineSize);
   struct mntent entry {};
   while (::getmntent_r(mountTable, &entry, buffer.get(), kMountLineSize) != nullptr) {
@@ -71,14 +71,14 @@ std::vector<Mount> readMounts(FILE* mountTable) {
   return mounts;
 }
 
-bool isLeftOut(const Mount& mount) {
+bool isLeftOut(const MountTableEntry& mount) {
   return isLeftOutMount(mount.device.c_str(), mount.directory.c_str(), mount.fstype.c_str());
 }
 
 // Sizes of the mounts that are not left out, in their order.
-std::vector<FileSystemSize> measure(const std::vector<Mount>& mounts, int microseconds) {
+std::vector<FileSystemSize> measure(const std::vector<MountTableEntry>& mounts, int microseconds) {
   std::vector<FileSystem> fileSystems;
-  for (const Mount& mount : mounts) {
+  for (const MountTableEntry& mount : mounts) {
     if (isLeftOut(mount)) continue;
     const char* fstype = mount.fstype.c_str();
     fileSystems.push_back({mount.directory, isAutomountPoint(fstype), mayHang(fstype)});
@@ -153,11 +153,11 @@ VelTable* PartitionGroup::getTable() {
 void PartitionGroup::addMounts(FILE* mountTable) {
   const TraceFunction at{kSourcePath, "doEntry()"};
   const int limit = GetDOVMaxTimeout();
-  const std::vector<Mount> mounts = readMounts(mountTable);
+  const std::vector<MountTableEntry> mounts = readMounts(mountTable);
   const std::vector<FileSystemSize> sizes = measure(mounts, limit);
   Unmeasured unmeasured(limit);
   auto size = sizes.begin();
-  for (const Mount& mount : mounts) {
+  for (const MountTableEntry& mount : mounts) {
     if (isLeftOut(mount)) {
       getCcLogHw()->traceMAX(at(), "hardware %s %s", "left out :", mount.directory.c_str());
       continue;
@@ -167,7 +167,7 @@ void PartitionGroup::addMounts(FILE* mountTable) {
   }
 }
 
-void PartitionGroup::doEntry(const Mount& mount, const FileSystemSize& measured) {
+void PartitionGroup::doEntry(const MountTableEntry& mount, const FileSystemSize& measured) {
   const TraceFunction at{kSourcePath, "doEntry()"};
   CcLogWrapper* log = getCcLogHw();
   const char* fstype = mount.fstype.c_str();

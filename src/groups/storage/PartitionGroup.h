@@ -14,7 +14,7 @@ struct FileSystemSize;
 struct SwapArea;
 
 // An entry of the mount table.
-struct Mount {
+struct MountTableEntry {
   std::string device;
   std::string directory;
   std::string fstype;
@@ -29,7 +29,7 @@ class PartitionGroup : public VelGroup {
 
  private:
   void addMounts(FILE* mountTable);
-  void doEntry(const Mount& mount, const FileSystemSize& measured);
+  void doEntry(const MountTableEntry& mount, const FileSystemSize& measured);
   void addSwapPartitions();
   void addSwapRow(const SwapArea& area);
 
