@@ -69,12 +69,12 @@ std::string withoutCounters(const std::string& component) {
 
 }  // namespace
 
-std::string ScsiAddress::withoutHost() const {
+std::string ScsiPlace::withoutHost() const {
   return std::to_string(channel) + ":" + std::to_string(target) + ":" + std::to_string(unit);
 }
 
-std::optional<ScsiAddress> parseScsiAddress(std::string_view text) {
-  ScsiAddress address;
+std::optional<ScsiPlace> parseScsiAddress(std::string_view text) {
+  ScsiPlace address;
   const bool isAddress = takeNumber(text, address.host) && takeColon(text) &&
                          takeNumber(text, address.channel) && takeColon(text) &&
                          takeNumber(text, address.target) && takeColon(text) &&
@@ -117,7 +117,7 @@ std::string BlockPath::usbPort() const {
   return std::string(usbPortOf(usbDeviceOf(m_path)));
 }
 
-std::optional<ScsiAddress> BlockPath::scsiAddress() const {
+std::optional<ScsiPlace> BlockPath::scsiAddress() const {
   for (auto part = m_components.rbegin(); part != m_components.rend(); ++part) {
     if (const auto address = parseScsiAddress(*part)) return address;
   }

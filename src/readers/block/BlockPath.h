@@ -12,7 +12,7 @@ namespace quenlor {
 
 // Host, channel, target and logical unit, "2:0:1:0". The host's number is that of the order in
 // which the kernel found it, and no property of the machine.
-struct ScsiAddress {
+struct ScsiPlace {
   uint32_t host = 0;
   uint32_t channel = 0;
   uint32_t target = 0;
@@ -21,7 +21,7 @@ struct ScsiAddress {
   std::string withoutHost() const;  // "0:1:0"
 };
 
-std::optional<ScsiAddress> parseScsiAddress(std::string_view text);
+std::optional<ScsiPlace> parseScsiAddress(std::string_view text);
 
 // The absolute path that a link's text means in its directory, by the text alone: what the kernel's
 // links name has no link on its way.
@@ -38,7 +38,7 @@ class BlockPath {
 
   std::string pciAddress() const;  // of the last PCI device on the way; else empty
   std::string usbPort() const;     // "1.2", without the bus; empty outside USB
-  std::optional<ScsiAddress> scsiAddress() const;
+  std::optional<ScsiPlace> scsiAddress() const;
   std::string scsiDirectory() const;     // path up to the component of the SCSI address
   std::string ataPort() const;           // "ata3"; empty outside libata
   std::string ataPortDirectory() const;  // path up to that component

@@ -75,7 +75,7 @@ std::string worldWideNameOf(const SysfsAttributes& unit, const UdevRecord& udev)
 
 // What tells the drives of one PCI device apart. Hosts are not counted: a SATA port, of which each
 // has a host to itself, has its own number.
-std::string placeBehind(const BlockPath& path, const ScsiAddress& address, ScsiHosts& hosts) {
+std::string placeBehind(const BlockPath& path, const ScsiPlace& address, ScsiHosts& hosts) {
   std::string port = path.usbPort();
   if (port.empty()) port = hosts.portOf(path);
   const std::string unit = address.withoutHost();
@@ -83,7 +83,7 @@ std::string placeBehind(const BlockPath& path, const ScsiAddress& address, ScsiH
   return unit == "0:0:0" ? port : port + "/" + unit;
 }
 
-void addPlace(Drive& drive, const BlockPath& path, const ScsiAddress& address, ScsiHosts& hosts) {
+void addPlace(Drive& drive, const BlockPath& path, const ScsiPlace& address, ScsiHosts& hosts) {
   const std::string pci = path.pciAddress();
   const std::string behind = placeBehind(path, address, hosts);
   drive.usbPort = path.usbPort();
@@ -124,7 +124,7 @@ std::optional<DriveKind> driveKindOf(uint64_t peripheralType) {
 std::optional<Drive> readScsiDrive(const SysfsAttributes& unit, const UdevRecord& udev,
                                    ScsiHosts& hosts, Outcome& outcome) {
   const BlockPath path(unit.directory());
-  const std::optional<ScsiAddress> address = path.scsiAddress();
+  const std::optional<ScsiPlace> address = path.scsiAddress();
   const std::optional<uint64_t> type = unit.number("type");
   const std::optional<DriveKind> kind = type ? driveKindOf(*type) : std::nullopt;
   if (!address || !kind) return {};

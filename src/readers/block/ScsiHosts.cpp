@@ -71,7 +71,7 @@ ScsiHosts::ScsiHosts() {
   }
 }
 
-std::string ScsiHosts::busOf(const BlockPath& path, const ScsiAddress& address) {
+std::string ScsiHosts::busOf(const BlockPath& path, const ScsiPlace& address) {
   if (!path.component("usb").empty()) return "usb";
   if (!path.component("session").empty()) return "iscsi";
   if (path.hasPrefix("rport-")) return "fc";
@@ -86,7 +86,7 @@ std::string ScsiHosts::busOf(const BlockPath& path, const ScsiAddress& address) 
 
 // The driver comes first: those of RAID adapters may stand in the class of SAS hosts for the disks
 // that they pass through.
-std::string ScsiHosts::busOfDriver(const ScsiAddress& address) {
+std::string ScsiHosts::busOfDriver(const ScsiPlace& address) {
   const std::string& driver = driverOf(address.host);
   if (isRaid(driver, address.channel)) return "raid";
   if (isRaidDriver(driver)) return "sas";

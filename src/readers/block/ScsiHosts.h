@@ -18,7 +18,7 @@ class ScsiHosts {
 
   // Word for the bus by which a logical unit hangs on its host: the one that the device's way
   // through the machine shows, else the one that the host's class or driver tells.
-  std::string busOf(const BlockPath& path, const ScsiAddress& address);
+  std::string busOf(const BlockPath& path, const ScsiPlace& address);
   // "ahci", "usb-storage"; empty when not told.
   const std::string& driverOf(uint32_t host);
   // Number of the port of an ATA adapter on the way, as the adapter counts its ports; empty when
@@ -26,7 +26,7 @@ class ScsiHosts {
   const std::string& portOf(const BlockPath& path);
 
  private:
-  std::string busOfDriver(const ScsiAddress& address);
+  std::string busOfDriver(const ScsiPlace& address);
 
   std::map<uint32_t, std::string> m_classes;  // host to the word of its class
   std::map<uint32_t, std::string> m_drivers;
