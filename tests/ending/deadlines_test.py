@@ -51,7 +51,8 @@ class Deadlines(unittest.TestCase):
         server = Server(self.scene.root / "dead", afterwards=[OPEN])
         status, said, took = self.scan("-o", "/dead/out")
         content = server.end()
-        self.assertEqual(said, "quenlor: Partition does not end; the scan is given up\n")
+        self.assertEqual(said, "quenlor: /dead did not answer within 100 ms, its sizes are 0\n"
+                               "quenlor: Partition does not end; the scan is given up\n")
         self.assertEqual(status, GIVEN_UP)
         self.assertLess(took, QUARTER_OF_AN_HOUR + 10)
         self.assertTrue(content.startswith(b"<?xml"))

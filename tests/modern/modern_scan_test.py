@@ -123,7 +123,7 @@ class ModernScan(unittest.TestCase):
 
     def test_names_that_are_no_groups_are_told_and_the_others_scanned_once(self):
         groups = self.directory / "groups.xml"
-        groups.write_text('<Hardware><Group Name="Machine"/><Group Name="Fan&#x1b;"/>'
+        groups.write_text('<Hardware><Group Name="Machine"/><Group Name="Fan&#x85;"/>'
                           '<Group Name="Machine"/></Hardware>')
         result = self.scan("-c", str(groups))
         self.assertEqual(result.returncode, 0)

@@ -168,7 +168,7 @@ TEST_F(QuenlorTraceTest, scanOfEverything) {
 
 TEST_F(QuenlorTraceTest, scanWithoutHardwareSection) {
   write("scan.xml", "<Software/>");
-  machine.files[path("scan.xml")] = "";
+  machine.files[path("scan.xml")] = "<Software/>";
   EXPECT_EQ(
       tracesOf({"-c", path("scan.xml")}),
       (Records{"MID entry scanengine/quenlor.cpp quenlor() hardware",

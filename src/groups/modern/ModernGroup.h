@@ -22,6 +22,8 @@ class ModernGroup : public VelGroup {
   VelTable* getTable() override;
 
  private:
+  VelTable* collectResults();
+
   const velGroupDef& m_group;
   std::shared_ptr<ModernScan> m_scan;
   ModernCollector m_collect;

@@ -19,7 +19,8 @@ std::string lowerCase(std::string text) {
 std::string withoutMark(std::string text, std::string_view mark) {
   for (size_t at = lowerCase(text).find(mark); at != std::string::npos;
        at = lowerCase(text).find(mark)) {
-    text.replace(at, mark.size(), " ");
+    text.erase(at, mark.size());
+    text.insert(at, 1, ' ');
   }
   return text;
 }
@@ -31,7 +32,10 @@ std::string plainBrandName(const std::string& brand) {
   for (const std::string_view mark : MARKS) text = withoutMark(std::move(text), mark);
   std::istringstream words(text);
   std::string name;
-  for (std::string word; words >> word;) name += (name.empty() ? "" : " ") + word;
+  for (std::string word; words >> word;) {
+    if (!name.empty()) name += ' ';
+    name += word;
+  }
   return name;
 }
 

@@ -56,6 +56,7 @@ TEST(MachineModernTest, serverOfToday) {
                                              {5, "Y"},
                                              {6, "2.0"},
                                              {7, "INTC"},
+                                             {8, "none"},
                                              {14, "Y"},
                                              {16, "kcs"},
                                              {17, "4.40"}}));
@@ -65,7 +66,7 @@ TEST(MachineModernTest, machineThatTellsNothingHasARowAllTheSame) {
   const FakeHost machine;
   const auto collected = collectModern(group::kMachine, collectMachine);
   ASSERT_EQ(collected.rows.size(), 1u);
-  EXPECT_TRUE(collected.rows[0].empty());
+  EXPECT_EQ(collected.rows[0], (test::RowValues{{8, "none"}}));
   EXPECT_EQ(collected.outcome.status(), OutcomeStatus::kComplete);
 }
 
