@@ -13,14 +13,14 @@ constexpr char kBlanks[] = " \t\r\n\v\f";
 
 // Lead bytes of sequences by length: their fixed bits, and the smallest code point that needs them.
 struct Sequence {
-  uint8_t mask;
-  uint8_t lead;
   size_t length;
   uint32_t smallest;
+  uint8_t mask;
+  uint8_t lead;
 };
 
 constexpr Sequence kSequences[] = {
-    {0x80, 0x00, 1, 0}, {0xE0, 0xC0, 2, 0x80}, {0xF0, 0xE0, 3, 0x800}, {0xF8, 0xF0, 4, 0x10000}};
+    {1, 0, 0x80, 0x00}, {2, 0x80, 0xE0, 0xC0}, {3, 0x800, 0xF0, 0xE0}, {4, 0x10000, 0xF8, 0xF0}};
 
 bool isCodePoint(uint32_t value, uint32_t smallest) {
   return value >= smallest && value <= 0x10FFFF && (value < 0xD800 || value > 0xDFFF);
