@@ -22,7 +22,7 @@ constexpr uint32_t kBmc = 16;
 constexpr uint32_t kBmcFirmware = 17;
 
 std::optional<std::string> serialNumber(const DmiTable& dmi) {
-  const auto serial = dmi.system ? known(dmi.system->serial) : std::nullopt;
+  auto serial = dmi.system ? known(dmi.system->serial) : std::nullopt;
   if (serial || !dmi.enclosure) return serial;
   return known(dmi.enclosure->serial);
 }

@@ -91,7 +91,7 @@ std::string familyText(const CpuPackage& package) {
 }
 
 std::optional<std::string> serialNumber(const CpuPackage& package, const DmiProcessor* socket) {
-  const auto text = socket == nullptr ? std::nullopt : knownText(socket->serial);
+  auto text = socket == nullptr ? std::nullopt : knownText(socket->serial);
   if (text && !text->empty()) return text;
   const bool isZero =
       package.serialNumber && package.serialNumber->find_first_not_of("0x") == std::string::npos;
