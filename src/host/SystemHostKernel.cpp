@@ -20,7 +20,7 @@ namespace quenlor {
 namespace {
 
 // The kernel fills dump datagrams up to this much when the reader's buffer holds as much.
-constexpr size_t kDatagram = 64 * 1024;
+constexpr size_t kDatagram = size_t{64} << 10;
 // A dump that is larger is no dump of a machine's interfaces any more.
 constexpr size_t kLargestReply = 256u << 20;
 // The kernel answers from its own tables at once; whoever waits longer waits for ever.
