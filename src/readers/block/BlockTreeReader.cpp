@@ -100,6 +100,7 @@ std::vector<std::string> slavesOf(const std::string& directory) {
   std::vector<DirectoryEntry> entries;
   host().listEntries((directory + "/slaves").c_str(), entries);
   std::vector<std::string> names;
+  names.reserve(entries.size());
   for (DirectoryEntry& entry : entries) names.push_back(withSlashes(std::move(entry.name)));
   std::sort(names.begin(), names.end(), naturalLess);
   return names;

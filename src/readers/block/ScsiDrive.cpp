@@ -15,7 +15,7 @@ constexpr size_t kInquiryModel = 16;  // characters; a shorter text was not cut
 constexpr std::string_view SERIAL_PROPERTIES[] = {"SCSI_IDENT_SERIAL", "ID_SCSI_SERIAL",
                                                   "ID_USB_SERIAL_SHORT", "ID_SERIAL_SHORT"};
 
-std::string firstOf(std::string text, const std::string& otherwise) {
+std::string firstOf(const std::string& text, const std::string& otherwise) {
   return text.empty() ? otherwise : text;
 }
 
@@ -78,7 +78,7 @@ std::string worldWideNameOf(const SysfsAttributes& unit, const UdevRecord& udev)
 std::string placeBehind(const BlockPath& path, const ScsiPlace& address, ScsiHosts& hosts) {
   std::string port = path.usbPort();
   if (port.empty()) port = hosts.portOf(path);
-  const std::string unit = address.withoutHost();
+  std::string unit = address.withoutHost();
   if (port.empty()) return unit;
   return unit == "0:0:0" ? port : port + "/" + unit;
 }

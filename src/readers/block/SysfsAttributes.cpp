@@ -9,7 +9,7 @@
 namespace quenlor {
 namespace {
 
-constexpr size_t kLargestAttribute = 64 * 1024;  // a vital product data page with its header
+constexpr size_t kLargestAttribute = 65536;  // a vital product data page with its header
 
 std::string joined(const std::string& directory, std::string_view name) {
   std::string path = directory;

@@ -147,6 +147,7 @@ std::vector<std::string> namesIn(const std::string& directory) {
   std::vector<DirectoryEntry> entries;
   host().listEntries(directory.c_str(), entries);
   std::vector<std::string> names;
+  names.reserve(entries.size());
   for (DirectoryEntry& entry : entries) names.push_back(std::move(entry.name));
   std::sort(names.begin(), names.end(), naturalLess);
   return names;
@@ -165,11 +166,15 @@ std::optional<uint64_t> sizeOf(const BlockTree& tree, const std::vector<std::str
 
 // Every device of a file system has a number in "devinfo", those that are missing too.
 std::optional<uint32_t> missingDevices(const std::string& directory) {
-  const std::vector<std::string> numbers = namesIn(directory + "/devinfo");
+  const std::string devices = directory + "/devinfo";
+  const std::vector<std::string> numbers = namesIn(devices);
   if (numbers.empty()) return {};
   uint32_t missing = 0;
   for (const std::string& number : numbers) {
-    const SysfsAttributes info(directory + "/devinfo/" + number);
+    std::string device = devices;
+    device += '/';
+    device += number;
+    const SysfsAttributes info(device);
     if (info.flag("missing").value_or(false)) ++missing;
   }
   return missing;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* kOutputs = "/sys/class/drm";
 constexpr const char* kConnected = "connected";
-constexpr size_t kEdidLimit = 256 * 128;  // a base block and as many extensions as it can count
+constexpr size_t kEdidLimit = 32768;  // a base block and as many extensions as it can count
 
 std::string pathOf(const std::string& entry, const char* file) {
   return std::string(kOutputs) + "/" + entry + "/" + file;
