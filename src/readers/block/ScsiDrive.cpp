@@ -27,8 +27,8 @@ std::string serialFromUdev(const UdevRecord& udev) {
 }
 
 void addAtaIdentity(Drive& drive, AtaIdentity identity) {
-  drive.model = firstOf(std::move(identity.model), drive.model);
-  drive.firmware = firstOf(std::move(identity.firmware), drive.firmware);
+  drive.model = firstOf(identity.model, drive.model);
+  drive.firmware = firstOf(identity.firmware, drive.firmware);
   if (drive.serial.empty()) drive.serial = std::move(identity.serial);
   if (drive.worldWideName.empty()) drive.worldWideName = std::move(identity.worldWideName);
   if (drive.rotation == Rotation::kNotTold) drive.rotation = identity.rotation;

@@ -115,11 +115,10 @@ TEST(MemoryModulesModernTest, oldTablesHaveModulesInstead) {
                 {2, 0})
           .rows;
   ASSERT_EQ(rows.size(), 2u);
-  EXPECT_EQ(rows[0],
-            (test::RowValues{
-                {1, "1"}, {2, "256"}, {3, "0"}, {4, "J1"}, {5, "DIMM"}, {6, "ECC SDRAM"}}));
-  EXPECT_EQ(rows[1],
-            (test::RowValues{{1, "2"}, {2, "0"}, {3, "0"}, {4, "J2"}, {5, ""}, {6, ""}}));
+  EXPECT_EQ(
+      rows[0],
+      (test::RowValues{{1, "1"}, {2, "256"}, {3, "0"}, {4, "J1"}, {5, "DIMM"}, {6, "ECC SDRAM"}}));
+  EXPECT_EQ(rows[1], (test::RowValues{{1, "2"}, {2, "0"}, {3, "0"}, {4, "J2"}, {5, ""}, {6, ""}}));
 }
 
 TEST(MemoryModulesModernTest, userIsRefused) {
