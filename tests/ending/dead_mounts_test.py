@@ -166,6 +166,5 @@ def run(tools, names):
     return scene.run_cases(DeadMounts, tools, names)
 
 
-
 if __name__ == "__main__":
     sys.exit(scene.run_tests(run))

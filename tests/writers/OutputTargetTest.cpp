@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <iterator>
 
 #include "base/ExitStatus.h"
 #include "tests/writers/WriterTest.h"
@@ -21,11 +22,8 @@ class OutputTargetTest : public ::testing::Test {
 
   // Names in the folder.
   size_t fileCount() const {
-    size_t count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(path(""))) {
-      count += entry.path().empty() ? 0 : 1;
-    }
-    return count;
+    const std::filesystem::directory_iterator entries(path(""));
+    return static_cast<size_t>(std::distance(begin(entries), end(entries)));
   }
 
   static mode_t modeOf(const std::string& file) {
