@@ -72,12 +72,12 @@ TEST(ContainerRules, everyManagerNamesItsContainer) {
       {"docker", "docker"}, {"podman", "podman"},   {"wsl", "wsl"},
       {"openvz", "openvz"}, {"rkt", "other"},       {"pouch", "other"}};
   for (const auto& [manager, container] : ROWS) {
-    expectVerdict(with(separated(), [&](auto& f) { f.hostManager = manager; }), container,
-                  "file:/run/host/container-manager");
-    expectVerdict(with(separated(), [&](auto& f) { f.systemdManager = manager; }), container,
-                  "file:/run/systemd/container");
-    expectVerdict(with(separated(), [&](auto& f) { f.initEnvironment = manager; }), container,
-                  "env:container");
+    expectVerdict(with(separated(), [&manager = manager](auto& f) { f.hostManager = manager; }),
+                  container, "file:/run/host/container-manager");
+    expectVerdict(with(separated(), [&manager = manager](auto& f) { f.systemdManager = manager; }),
+                  container, "file:/run/systemd/container");
+    expectVerdict(with(separated(), [&manager = manager](auto& f) { f.initEnvironment = manager; }),
+                  container, "env:container");
   }
 }
 
@@ -142,11 +142,14 @@ TEST(ContainerRules, controlGroupsNameTheRuntime) {
       {"0::/machine.slice/machine-web.scope", "nspawn"},
   };
   for (const auto& [cgroups, container] : ROWS) {
-    EXPECT_EQ(judgeContainer(with(realMachine(), [&](auto& f) { f.cgroups = cgroups; })).container,
-              container);
     EXPECT_EQ(
-        judgeContainer(with(realMachine(), [&](auto& f) { f.initCgroups = cgroups; })).container,
+        judgeContainer(with(realMachine(), [&cgroups = cgroups](auto& f) { f.cgroups = cgroups; }))
+            .container,
         container);
+    EXPECT_EQ(judgeContainer(
+                  with(realMachine(), [&cgroups = cgroups](auto& f) { f.initCgroups = cgroups; }))
+                  .container,
+              container);
   }
   // The runtime's own service on its host.
   expectVerdict(with(realMachine(), [](auto& f) { f.cgroups = "0::/system.slice/docker.service"; }),
