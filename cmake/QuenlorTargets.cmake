@@ -30,7 +30,7 @@ function(quenlor_unoptimised target)
     $<$<NOT:$<CONFIG:Debug>>:-O0> $<$<CONFIG:RelWithDebInfo>:-g1>
     $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds> $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow>
     $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overread> $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
-  set_target_properties(${target} PROPERTIES QUENLOR_UNFORTIFIED ON)
+  set_target_properties(${target} PROPERTIES QUENLOR_TEST_CODE ON)
 endfunction()
 
 # The headers that every test includes, compiled once; they are half of what compiling a test costs.

@@ -194,7 +194,9 @@ class ModernScan(unittest.TestCase):
         self.assertEqual(nodes, [])
         machine = [path for path in opened if path.startswith(("/sys/", "/proc/", "/etc/", "/run/", "/usr/lib/os"))
                    and not path.startswith("/etc/ld.so")]
-        twice = {path: count for path, count in collections.Counter(machine).items() if count > 1}
+        # A sanitizer's runtime looks at the map of its memory; the scanner has no use for it.
+        twice = {path: count for path, count in collections.Counter(machine).items()
+                 if count > 1 and path != "/proc/self/maps"}
         self.assertEqual(twice, {})
 
 
