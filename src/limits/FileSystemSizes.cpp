@@ -30,15 +30,14 @@ FileSystemSize sizeOf(WorkerPool::Outcome outcome, const ThreadParams& parameter
 }  // namespace
 
 std::vector<FileSystemSize> measureFileSystems(const std::vector<FileSystem>& fileSystems,
-                                               const WorkerPool::Limits& limits,
-                                               const std::function<void()>& onAnswer) {
+                                               const WorkerPool::Limits& limits) {
   std::vector<Parameters> parameters;
   std::vector<WorkerPool::Request> requests;
   for (const FileSystem& fileSystem : fileSystems) {
     parameters.push_back(std::make_shared<ThreadParams>(fileSystem.directory.c_str()));
     requests.push_back(requestFor(fileSystem, parameters.back()));
   }
-  WorkerPool pool(limits, budgetOfProcess(), onAnswer);
+  WorkerPool pool(limits, budgetOfProcess());
   const auto outcomes = pool.run(std::move(requests));
   std::vector<FileSystemSize> sizes;
   for (size_t i = 0; i < outcomes.size(); ++i) sizes.push_back(sizeOf(outcomes[i], *parameters[i]));

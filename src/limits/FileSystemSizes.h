@@ -3,7 +3,6 @@
 
 #include <sys/statvfs.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,9 +23,8 @@ struct FileSystemSize {
 
 // One size for each file system, in their order. They are measured side by side, those that may
 // hang last. At most 64 workers are given up in the whole life of the process; what may hang is not
-// asked any more then. onAnswer as WorkerPool's.
+// asked any more then.
 std::vector<FileSystemSize> measureFileSystems(const std::vector<FileSystem>& fileSystems,
-                                               const WorkerPool::Limits& limits,
-                                               const std::function<void()>& onAnswer = {});
+                                               const WorkerPool::Limits& limits);
 
 }  // namespace quenlor

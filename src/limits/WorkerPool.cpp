@@ -41,7 +41,6 @@ struct Shared {
   std::vector<size_t> order;        // those that may hang come last
   std::vector<Outcome> outcomes;
   std::vector<std::unique_ptr<Worker>> workers;
-  std::function<void()> onAnswer;
   size_t next = 0;       // in order
   size_t running = 0;    // workers at a request, but for those given up
   size_t atFirst = 0;    // of them at one that should not hang
@@ -108,7 +107,6 @@ void* runWorker(void* argument) {
   const Request* request = start->first;
   while (request != nullptr) {
     request->call();
-    if (shared.onAnswer) shared.onAnswer();
     request = shared.finish(*start->worker);
   }
   return nullptr;
@@ -225,7 +223,6 @@ std::vector<Outcome> WorkerPool::run(std::vector<Request> requests) {
   shared->outcomes.assign(requests.size(), Outcome::kNotAsked);
   shared->requests = std::move(requests);
   shared->mayGiveUp = m_budget.left();
-  shared->onAnswer = m_onAnswer;
   Supervisor(shared, m_limits, m_budget).run();
   const std::lock_guard lock(shared->mutex);
   return shared->outcomes;

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <utility>
 #include <vector>
 
 namespace quenlor {
@@ -51,9 +50,7 @@ class WorkerPool {
   // Calls that may hang leave so much of the budget to those that should not.
   static constexpr size_t kReserve = 1;
 
-  // onAnswer, if set, is called by a worker after each call that returned, be it too late.
-  WorkerPool(const Limits& limits, WorkerBudget& budget, std::function<void()> onAnswer = {})
-      : m_limits(limits), m_budget(budget), m_onAnswer(std::move(onAnswer)) {}
+  WorkerPool(const Limits& limits, WorkerBudget& budget) : m_limits(limits), m_budget(budget) {}
 
   // One outcome for each request, in their order. Returns when each has one.
   std::vector<Outcome> run(std::vector<Request> requests);
@@ -61,7 +58,6 @@ class WorkerPool {
  private:
   Limits m_limits;
   WorkerBudget& m_budget;
-  std::function<void()> m_onAnswer;
 };
 
 }  // namespace quenlor

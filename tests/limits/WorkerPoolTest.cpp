@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "base/Event.h"
+#include "host/ScanState.h"
 #include "limits/GetTableThread.h"
 #include "tests/support/NoThreads.h"
 
@@ -211,12 +212,16 @@ TEST(WorkerPool, withoutThreadsNothingIsAsked) {
   EXPECT_FALSE(asked);
 }
 
-TEST(WorkerPool, progressIsToldForEachCallThatReturns) {
+TEST(WorkerPool, eachAnswerAndEachWorkerGivenUpIsProgressOfTheScan) {
+  ScanState state;
+  useScanState(&state);
   WorkerBudget budget(64);
-  std::atomic<int> progress{0};
-  std::vector<Request> requests(100, {[] {}, true});
-  WorkerPool(kGenerous, budget, [&progress] { ++progress; }).run(requests);
-  EXPECT_EQ(progress, 100);
+  WorkerPool(kGenerous, budget).run(std::vector<Request>(100, {[] {}, true}));
+  EXPECT_EQ(state.progress, 100U);
+  Hanging hanging;
+  WorkerPool({50ms}, budget).run({hanging.request()});
+  EXPECT_EQ(state.progress, 101U);
+  useScanState(nullptr);
 }
 
 TEST(WorkerPool, callThatReturnsTooLateChangesNoOutcome) {
