@@ -97,12 +97,8 @@ BlockPath pathOf(const std::string& entry) {
 }
 
 std::vector<std::string> slavesOf(const std::string& directory) {
-  std::vector<DirectoryEntry> entries;
-  host().listEntries((directory + "/slaves").c_str(), entries);
-  std::vector<std::string> names;
-  names.reserve(entries.size());
-  for (DirectoryEntry& entry : entries) names.push_back(withSlashes(std::move(entry.name)));
-  std::sort(names.begin(), names.end(), naturalLess);
+  std::vector<std::string> names = namesIn(directory + "/slaves");
+  std::transform(names.begin(), names.end(), names.begin(), withSlashes);
   return names;
 }
 

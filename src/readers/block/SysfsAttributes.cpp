@@ -1,7 +1,10 @@
 #include "readers/block/SysfsAttributes.h"
 
+#include <algorithm>
 #include <charconv>
+#include <utility>
 
+#include "base/NaturalOrder.h"
 #include "base/Text.h"
 #include "host/Host.h"
 #include "host/WholeFile.h"
@@ -26,6 +29,16 @@ std::optional<uint64_t> parseDecimal(std::string_view text) {
   const auto result = std::from_chars(text.data(), end, value);
   if (result.ec != std::errc() || result.ptr != end) return {};
   return value;
+}
+
+std::vector<std::string> namesIn(const std::string& directory) {
+  std::vector<DirectoryEntry> entries;
+  host().listEntries(directory.c_str(), entries);
+  std::vector<std::string> names;
+  names.reserve(entries.size());
+  for (DirectoryEntry& entry : entries) names.push_back(std::move(entry.name));
+  std::sort(names.begin(), names.end(), naturalLess);
+  return names;
 }
 
 std::string SysfsAttributes::text(std::string_view name) const {

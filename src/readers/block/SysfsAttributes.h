@@ -5,11 +5,15 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quenlor {
 
 // An unsigned decimal number that is the whole text.
 std::optional<uint64_t> parseDecimal(std::string_view text);
+
+// What stands in a directory, in natural order; nothing when it cannot be listed.
+std::vector<std::string> namesIn(const std::string& directory);
 
 class SysfsAttributes {
  public:

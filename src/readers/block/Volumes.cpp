@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "base/NaturalOrder.h"
-#include "host/Host.h"
 #include "readers/block/DeviceMapper.h"
 #include "readers/block/SysfsAttributes.h"
 
@@ -141,16 +140,6 @@ std::optional<Volume> readVolume(const BlockTree& tree, const BlockDevice& devic
     default:
       return {};
   }
-}
-
-std::vector<std::string> namesIn(const std::string& directory) {
-  std::vector<DirectoryEntry> entries;
-  host().listEntries(directory.c_str(), entries);
-  std::vector<std::string> names;
-  names.reserve(entries.size());
-  for (DirectoryEntry& entry : entries) names.push_back(std::move(entry.name));
-  std::sort(names.begin(), names.end(), naturalLess);
-  return names;
 }
 
 // The sum of the devices' sizes; nothing when one is not known.
