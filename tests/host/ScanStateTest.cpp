@@ -85,6 +85,26 @@ TEST_F(ScanStateTest, commandsBeyondTheSixteenthRunUnknown) {
   EXPECT_EQ(state.commands[2], 118);
 }
 
+TEST(SharedName, isEmptyUntilItIsSet_andOnceItIsCleared) {
+  SharedName shared;
+  EXPECT_EQ(shared.name(), "");
+  shared.set("/var/lib/out.xml.abc");
+  EXPECT_EQ(shared.name(), "/var/lib/out.xml.abc");
+  shared.set("b");
+  EXPECT_EQ(shared.name(), "b") << "nothing of the longer one before is left";
+  shared.clear();
+  EXPECT_EQ(shared.name(), "");
+}
+
+TEST(SharedName, nameThatIsTooLongIsNotRemembered_norTheOneBefore) {
+  SharedName shared;
+  const std::string longest(511, 'x');
+  shared.set(longest);
+  EXPECT_EQ(shared.name(), longest);
+  shared.set(longest + "x");
+  EXPECT_EQ(shared.name(), "") << "half a name would be another file's";
+}
+
 TEST_F(ScanStateTest, commandOfScanThatIsToDieIsNotStarted) {
   const pid_t child = ::fork();
   if (child == 0) {

@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "base/ExitStatus.h"
+#include "host/ScanState.h"
 #include "tests/writers/WriterTest.h"
 
 namespace quenlor {
@@ -55,6 +56,25 @@ TEST_F(OutputTargetTest, anIncompleteDocumentLeavesTheOldOneAndNothingElse) {
   }
   EXPECT_EQ(contentOf(path("out")), "old");
   EXPECT_EQ(fileCount(), 1u);
+}
+
+TEST_F(OutputTargetTest, anIncompleteDocumentIsKnownToWhoeverCleansUp_aCompleteOneIsNot) {
+  ScanState state;
+  useScanState(&state);
+  {
+    OutputTarget target(path("out"), true);
+    EXPECT_EQ(state.incompleteDocument.name(), target.file());
+    EXPECT_EQ(target.commit(), kExitSuccess);
+    EXPECT_EQ(state.incompleteDocument.name(), "");
+  }
+  {
+    const OutputTarget target(path("out"), true);
+    EXPECT_EQ(state.incompleteDocument.name(), target.file());
+  }
+  EXPECT_EQ(state.incompleteDocument.name(), "") << "it has been removed already";
+  const OutputTarget inPlace(path("out"), false);
+  EXPECT_EQ(state.incompleteDocument.name(), "") << "what is written in place stays";
+  useScanState(nullptr);
 }
 
 TEST_F(OutputTargetTest, anOldFileKeepsItsMode) {
