@@ -95,7 +95,9 @@ void CleanUp::killCommands() {
   const auto allReaped = [&groups] {
     return std::none_of(groups.begin(), groups.end(), hasChildIn);
   };
-  m_events.lookUntil(allReaped, kReapLimit);
+  if (!m_events.lookUntil(allReaped, kReapLimit)) {
+    complain("a command of the scan was killed and does not end");
+  }
   // A command that the scan was starting when it died is not known; most end by themselves.
   if (m_state.commandsStarting > 0) m_events.lookUntil(hasNoChild, kReapLimit);
 }

@@ -6,6 +6,11 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlor {
 namespace {
@@ -84,6 +89,45 @@ TEST_F(CleanUpTest, commandThatWasBeingStartedIsWaitedForASecond) {
   cleanUp.run();
   EXPECT_GE(Clock::now() - before, 1s);
   EXPECT_TRUE(isAlive(unknown));
+}
+
+TEST_F(CleanUpTest, documentThatHasNotTakenItsPlaceIsRemoved) {
+  const test::TemporaryDirectory directory;
+  const std::string document = directory.write("out.xml.a1b2c3", "<?xml");
+  const std::string old = directory.write("out.xml", "<?xml/>");
+  state.incompleteDocument.set(document);
+  cleanUp.run();
+  EXPECT_FALSE(std::filesystem::exists(document));
+  EXPECT_TRUE(std::filesystem::exists(old));
+}
+
+TEST_F(CleanUpTest, documentThatIsGoneAlreadyIsNoComplaint) {
+  const test::TemporaryDirectory directory;
+  state.incompleteDocument.set(directory.path("out.xml.a1b2c3"));
+  ::testing::internal::CaptureStderr();
+  cleanUp.run();
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(CleanUpTest, documentThatCannotBeRemovedIsSaid) {
+  const test::TemporaryDirectory directory;
+  directory.write("file", "");
+  state.incompleteDocument.set(directory.path("file/out.xml.a1b2c3"));
+  ::testing::internal::CaptureStderr();
+  cleanUp.run();
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "quenlor: " + directory.path("file/out.xml.a1b2c3") + " could not be removed\n");
+}
+
+TEST_F(CleanUpTest, commandThatDoesNotEndIsSaid) {
+  state.addCommand(command());
+  signals.stop();  // nobody is told of its end: it stays, as one that is stuck in the kernel does
+  ::testing::internal::CaptureStderr();
+  const auto before = Clock::now();
+  cleanUp.run();
+  EXPECT_GE(Clock::now() - before, 1s);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "quenlor: a command of the scan was killed and does not end\n");
 }
 
 TEST_F(CleanUpTest, nothingToDoTakesNoTime) {
