@@ -6,6 +6,7 @@
 #include "factory/GroupFactory.h"
 #include "groups/createGroup.h"
 #include "host/ProcessStart.h"
+#include "host/ScanState.h"
 #include "scan/quenlor.h"
 #include "supervise/outlive.h"
 
@@ -14,6 +15,7 @@ namespace {
 // A document on a full or closed standard output is lost without a status of its own; say so at
 // least.
 void reportLostOutput() {
+  const quenlor::ReadersTurn turn(true);
   const bool failed = std::fflush(stdout) != 0;
   if (failed || std::ferror(stdout) != 0) {
     std::fprintf(stderr, "quenlor: standard output cannot be written: %s\n", std::strerror(errno));

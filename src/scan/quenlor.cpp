@@ -174,6 +174,7 @@ class Scan {
 
 int printList(const CommandLine& options, const ScanSettings& settings,
               EntryBuilder& entryBuilder) {
+  const ReadersTurn turn(options.outputFile == kStandardOutput);
   OutputTarget target(options.outputFile, settings.isModern());
   if (!entryBuilder.PrintEntries(target.file()) || target.commit() != kExitSuccess) {
     return kExitListPrint;

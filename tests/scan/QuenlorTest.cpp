@@ -11,6 +11,7 @@
 
 #include "config/DovCfg.h"
 #include "factory/GroupFactory.h"
+#include "host/ScanState.h"
 #include "listing/EntryBuilder.h"
 #include "tables/VelTable.h"
 #include "tests/support/CapturedTraces.h"
@@ -66,6 +67,21 @@ class FailingBuilder : public EntryBuilder {
     return -1;
   }
   std::vector<int> arguments;
+};
+
+// Knows whose turn it was while the list was printed.
+class PrintingBuilder : public EntryBuilder {
+ public:
+  int BuildAllEntries(int) override {
+    wasReadersTurn = scanState().isReadersTurn;
+    return 0;
+  }
+  bool PrintEntries(const char*) override {
+    isReadersTurn = scanState().isReadersTurn;
+    return true;
+  }
+  bool wasReadersTurn = false;
+  bool isReadersTurn = false;
 };
 
 class QuenlorTest : public ::testing::Test {
@@ -383,6 +399,16 @@ TEST_F(QuenlorTest, listModePrintsEntriesAndScansNoDocument) {
   EXPECT_EQ(run({"-l", "-w"}), 0);
   EXPECT_EQ(out.rfind("cpu_mhertz:\t", 0), 0U);
   EXPECT_EQ(out.find("<Hardware>"), std::string::npos);
+}
+
+TEST_F(QuenlorTest, listWaitsForItsReader_butNotForFile) {
+  PrintingBuilder builder;
+  EXPECT_EQ(run({"-l"}, builder), 0);
+  EXPECT_FALSE(builder.wasReadersTurn) << "collecting is the scan's own time";
+  EXPECT_TRUE(builder.isReadersTurn);
+  EXPECT_FALSE(scanState().isReadersTurn);
+  EXPECT_EQ(run({"-l", "-o", path("list")}, builder), 0);
+  EXPECT_FALSE(builder.isReadersTurn);
 }
 
 TEST_F(QuenlorTest, listModeGoesToTheOutputFileWhereverTheOptionStands) {
