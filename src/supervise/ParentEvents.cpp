@@ -13,6 +13,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
+// timeout(1) sends its signal to the program and then to the program's group, so it comes twice.
+constexpr milliseconds kOneOrder{100};
+
 }  // namespace
 
 std::optional<int> ParentEvents::statusOf(pid_t child) const {
@@ -44,11 +47,18 @@ void ParentEvents::takeSignals() {
   while (const std::optional<int> signal = m_signals.take()) {
     if (*signal == SIGCHLD) {
       reap();
-    } else if (m_told) {
-      dieBy(*signal);
     } else {
-      m_told = signal;
+      takeOrder(*signal);
     }
+  }
+}
+
+void ParentEvents::takeOrder(int signal) {
+  if (!m_told) {
+    m_told = signal;
+    m_toldAt = Clock::now();
+  } else if (signal != *m_told || Clock::now() - m_toldAt > kOneOrder) {
+    dieBy(signal);
   }
 }
 

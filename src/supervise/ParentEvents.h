@@ -14,7 +14,8 @@
 namespace quenlor {
 
 // Waits for nothing that could fail to come: every wait has a limit and ends at once when something
-// happens. A second signal that ends programs ends this process there and then.
+// happens. A second signal that ends programs ends this process there and then; the same one that
+// comes twice at once is one.
 class ParentEvents {
  public:
   // word: the reading end of the scan's pipe; not owned.
@@ -40,6 +41,7 @@ class ParentEvents {
 
  private:
   void takeSignals();
+  void takeOrder(int signal);
   void reap();
   void readWord();
 
@@ -47,6 +49,7 @@ class ParentEvents {
   int m_word;  // -1 once nobody can write to it any more
   std::map<pid_t, std::optional<int>> m_expected;
   std::optional<int> m_told;
+  std::chrono::steady_clock::time_point m_toldAt;
   std::optional<int> m_saidStatus;
   bool m_saidAll = false;
 };

@@ -102,6 +102,15 @@ class Callers(unittest.TestCase):
         self.assertLess(time.monotonic() - start, 5)
         scene.kill_strangers()
 
+    def test_signal_to_the_program_and_then_to_its_group_is_one(self):
+        self.scene.command("sbin/modprobe", scene.MODPROBE.replace("rmdir", "sleep 0.3; rmdir"))
+        scan, _ = self.start()  # as timeout(1) ends a program
+        self.wait_for_module()
+        scan.terminate()
+        time.sleep(0.01)
+        os.killpg(scan.pid, signal.SIGTERM)
+        self.assert_ended(scan, -signal.SIGTERM, "")
+
     def test_reader_that_goes_away_ends_the_scan_as_it_ends_any_program(self):
         scan, _ = self.start()
         scan.stdout.close()

@@ -5,7 +5,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <optional>
+#include <thread>
 
 namespace quenlor {
 namespace {
@@ -97,6 +99,24 @@ TEST_F(ParentEventsTest, firstSignalIsTold_secondOneEndsTheProcess) {
   ::waitpid(child, &status, 0);
   ASSERT_TRUE(WIFSIGNALED(status)) << status;
   EXPECT_EQ(WTERMSIG(status), SIGTERM);
+}
+
+TEST_F(ParentEventsTest, signalThatComesTwiceAtOnceIsOne_asTimeoutSendsItToProgramAndGroup) {
+  const auto before = Clock::now();
+  const pid_t child = ::fork();
+  if (child == 0) {
+    for (const auto pause : {0ms, 0ms, 300ms}) {
+      std::this_thread::sleep_for(pause);
+      ::raise(SIGTERM);
+      events->look(60s);
+    }
+    ::_exit(1);
+  }
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  ASSERT_TRUE(WIFSIGNALED(status)) << status;
+  EXPECT_EQ(WTERMSIG(status), SIGTERM);
+  EXPECT_GE(Clock::now() - before, 300ms) << "only the third one is a second order";
 }
 
 TEST_F(ParentEventsTest, waitForWhatDoesNotHappenHasItsLimit) {
