@@ -103,7 +103,7 @@ void CleanUp::killCommands() {
 }
 
 void CleanUp::unloadModule() {
-  SgUse use;
+  SgUse use{milliseconds(0)};
   const auto isLast = [&use] { return use.isLast({}); };
   if (!m_events.lookUntil(isLast, kSgUseLimit, kLockStep)) {
     complain("the module sg stays loaded, another scan uses it");

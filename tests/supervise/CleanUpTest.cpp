@@ -2,14 +2,18 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "host/Handles.h"
+#include "tests/support/FakeHost.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlor {
@@ -17,6 +21,20 @@ namespace {
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
+
+// Its list of modules is a directory of the real machine, for only that can be locked.
+class ModulesHost : public test::FakeHost {
+ public:
+  explicit ModulesHost(std::string path) : m_path(std::move(path)) { directories["/sys/module"]; }
+
+  int open(const char* path, int flags, mode_t mode) override {
+    if (std::string(path) != "/sys/module") return FakeHost::open(path, flags, mode);
+    return systemHost().open(m_path.c_str(), flags, mode);
+  }
+
+ private:
+  const std::string m_path;
+};
 
 class CleanUpTest : public ::testing::Test {
  protected:
@@ -128,6 +146,28 @@ TEST_F(CleanUpTest, commandThatDoesNotEndIsSaid) {
   EXPECT_GE(Clock::now() - before, 1s);
   EXPECT_EQ(::testing::internal::GetCapturedStderr(),
             "quenlor: a command of the scan was killed and does not end\n");
+}
+
+TEST_F(CleanUpTest, signalEndsTheWaitForWhoeverHasTheModuleToHimself) {
+  const test::TemporaryDirectory modules;
+  const Descriptor holder(::open(modules.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  ASSERT_EQ(::flock(holder.get(), LOCK_EX), 0);
+  const auto before = Clock::now();
+  const pid_t child = ::fork();
+  if (child == 0) {
+    const ModulesHost machine(modules.path());
+    state.sgLoaded = Certainty::kYes;
+    ::raise(SIGTERM);
+    events.look(60s);
+    ::raise(SIGINT);
+    cleanUp.run();
+    ::_exit(0);
+  }
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  ASSERT_TRUE(WIFSIGNALED(status)) << status;
+  EXPECT_EQ(WTERMSIG(status), SIGINT);
+  EXPECT_LT(Clock::now() - before, 5s);
 }
 
 TEST_F(CleanUpTest, nothingToDoTakesNoTime) {
