@@ -7,6 +7,7 @@ any more, not even by SIGKILL: that is how a dead sshfs holds whoever asked it.
 import os
 import signal
 import struct
+import time
 
 from harness import namespace
 
@@ -23,8 +24,9 @@ _LONGEST_WRITE = 65536
 class Server:
     """A mount with one file in it, whatever its name, served by a process of its own."""
 
-    def __init__(self, target, silent=(STATFS,), afterwards=()):
-        """Operations in `silent` are taken and never answered; once one was, those in `afterwards` too."""
+    def __init__(self, target, silent=(STATFS,), afterwards=(), delay=0.0):
+        """Operations in `silent` are taken and never answered; once one was, those in `afterwards` too.
+        Sizes are told after `delay` seconds."""
         target.mkdir(parents=True, exist_ok=True)
         device = os.open("/dev/fuse", os.O_RDWR)
         namespace.mount("dead", str(target), "fuse", 0,
@@ -32,18 +34,19 @@ class Server:
         self._content, told = os.pipe()
         self._server = os.fork()
         if self._server == 0:
-            _Serving(device, set(silent), afterwards, told).run()
+            _Serving(device, set(silent), afterwards, delay, told).run()
         os.close(device)
         os.close(told)
 
-    def fall_silent(self):
-        """From now on nothing is answered."""
-        os.kill(self._server, signal.SIGUSR1)
+    def stop(self):
+        """From now on nothing is taken."""
+        os.kill(self._server, signal.SIGSTOP)
 
     def end(self):
         """Ends the server, and with it the wait of everybody who had asked. Gives what was written to
         the file by then."""
         os.kill(self._server, signal.SIGTERM)
+        os.kill(self._server, signal.SIGCONT)
         with os.fdopen(self._content, "rb") as stream:
             content = stream.read()
         os.waitpid(self._server, 0)
@@ -51,10 +54,11 @@ class Server:
 
 
 class _Serving:
-    def __init__(self, device, silent, afterwards, told):
+    def __init__(self, device, silent, afterwards, delay, told):
         self._device = device
         self._silent = silent
         self._afterwards = afterwards
+        self._delay = delay
         self._told = told
         self._content = bytearray()
         self._answers = {INIT: self._init, GETATTR: self._getattr, LOOKUP: self._lookup,
@@ -64,7 +68,6 @@ class _Serving:
         self._exists = False
 
     def run(self):
-        signal.signal(signal.SIGUSR1, lambda *_: self._silent.update(range(1, 64)))
         signal.signal(signal.SIGTERM, self._end)
         try:
             while True:
@@ -129,4 +132,5 @@ class _Serving:
         return b""
 
     def _statfs(self, _node, _body):
+        time.sleep(self._delay)
         return struct.pack("<QQQQQIIII6I", 8, 4, 2, 0, 0, 4096, 255, 4096, 0, *[0] * 6)

@@ -2,7 +2,7 @@
 """File systems whose server never answers, answers late, or is stopped: what a scan of the
 Partition group says of them, and how long it takes.
 
-Usage: dead_mounts.py <quenlor> <fuse_server>
+Usage: dead_mounts.py <quenlor>
 
 Ends with 77 where nobody may mount.
 """
@@ -10,17 +10,23 @@ Ends with 77 where nobody may mount.
 import ctypes
 import os
 import re
-import signal
 import subprocess
 import sys
 import tempfile
 import time
 from pathlib import Path
 
+sys.dont_write_bytecode = True
+TESTS = Path(__file__).resolve().parent.parent
+sys.path[:0] = [str(TESTS / "ending"), str(TESTS / "machines")]
+
+from fuse import STATFS, Server  # noqa: E402
+from harness import namespace  # noqa: E402
+
 SKIPPED = 77
 LIMIT = 5.0  # seconds that a mount has without a configuration
 SLACK = 2.0
-BLOCKS_KB = 65536  # what fuse_server's file systems say of themselves
+BLOCKS_KB = 32  # what the servers' file systems say of themselves
 
 _libc = ctypes.CDLL(None, use_errno=True)
 _NEWNS, _NEWUSER = 0x20000, 0x10000000
@@ -31,27 +37,6 @@ def enter_namespace():
     flags = _NEWNS | (0 if os.geteuid() == 0 else _NEWUSER)
     if _libc.unshare(flags) != 0 or _libc.mount(b"none", b"/", None, _MS_REC | _MS_PRIVATE, None):
         raise OSError(ctypes.get_errno(), "a mount namespace")
-
-
-class Server:
-    """fuse_server on so many directories."""
-
-    def __init__(self, program, behaviour, work, count):
-        self.directories = [work / f"{behaviour}{i}" for i in range(count)]
-        for directory in self.directories:
-            directory.mkdir()
-        self._process = subprocess.Popen([program, behaviour, *map(str, self.directories)],
-                                         stdout=subprocess.PIPE, text=True)
-        if self._process.stdout.readline() != "ready\n":
-            raise OSError("the server did not start")
-
-    def stop(self):
-        self._process.send_signal(signal.SIGSTOP)
-
-    def end(self):
-        self._process.send_signal(signal.SIGCONT)
-        self._process.terminate()
-        self._process.wait()
 
 
 class Scan:
@@ -82,17 +67,20 @@ class Scan:
         return int(row[1]) if row else None
 
 
-def check(name, program, server_program, behaviour, count, answers, least, stopped=False):
+def check(name, program, count, answers, least, silent=(), delay=0.0, stopped=False):
     with tempfile.TemporaryDirectory() as directory:
         work = Path(directory)
-        server = Server(server_program, behaviour, work, count)
+        directories = [work / f"mount{i}" for i in range(count)]
+        servers = [Server(one, silent, delay=delay) for one in directories]
         try:
-            if stopped:
+            for server in servers if stopped else ():
                 server.stop()
             scan = Scan(program, work)
         finally:
-            server.end()
-        complaints = list(judge(scan, server.directories, answers, least))
+            for server, mounted in zip(servers, directories):
+                server.end()
+                namespace.unmount(mounted)
+        complaints = list(judge(scan, directories, answers, least))
     print(f"{'FAILED' if complaints else 'ok'}: {name}: {scan.seconds:.2f} s {'; '.join(complaints)}")
     return not complaints
 
@@ -111,7 +99,7 @@ def judge(scan, directories, answers, least):
 
 
 def main():
-    program, server = sys.argv[1:]
+    program = sys.argv[1]
     try:
         enter_namespace()
         os.close(os.open("/dev/fuse", os.O_RDWR))
@@ -119,10 +107,10 @@ def main():
         print(f"skipped: {error}")
         return SKIPPED
     good = [
-        check("one answers", program, server, "answer", 1, True, 0.0),
-        check("twenty never answer", program, server, "never", 20, False, LIMIT),
-        check("twenty answer after 3 s", program, server, "3000", 20, True, 3.0),
-        check("one is stopped", program, server, "answer", 1, False, LIMIT, stopped=True),
+        check("one answers", program, 1, True, 0.0),
+        check("twenty never answer", program, 20, False, LIMIT, silent=[STATFS]),
+        check("twenty answer after 3 s", program, 20, True, 3.0, delay=3.0),
+        check("one is stopped", program, 1, False, LIMIT, stopped=True),
     ]
     return 0 if all(good) else 1
 
