@@ -14,8 +14,6 @@
 #include <thread>
 #include <utility>
 
-#include "host/CommandSpawn.h"
-
 #include "host/ScanState.h"
 
 namespace quenlor {
@@ -189,6 +187,14 @@ CommandRunner::CommandRunner(milliseconds ceiling, OnCutOff onCutOff)
 CommandRunner::~CommandRunner() = default;
 
 FILE* CommandRunner::start(const char* commandLine) {
+  return start(shellCall(commandLine), commandLine);
+}
+
+FILE* CommandRunner::startProgram(const char* path, const std::vector<std::string>& arguments) {
+  return start({path, arguments}, path);
+}
+
+FILE* CommandRunner::start(const ProgramCall& call, const std::string& told) {
   if (m_groups->areKilled()) {
     errno = ECANCELED;
     return nullptr;
@@ -201,13 +207,13 @@ FILE* CommandRunner::start(const char* commandLine) {
 
   const CommandStart starting;
   pid_t pid = -1;
-  const int error = spawnShell(commandLine, input.get(), pipe->writeEnd.get(), errors.get(), &pid);
+  const int error = spawnProgram(call, input.get(), pipe->writeEnd.get(), errors.get(), &pid);
   if (error != 0) {
     errno = error;
     return nullptr;
   }
   std::function<void()> onCutOff;
-  if (m_onCutOff) onCutOff = [this, line = std::string(commandLine)] { m_onCutOff(line); };
+  if (m_onCutOff) onCutOff = [this, told] { m_onCutOff(told); };
   auto child = std::make_unique<Child>(*m_groups, pid, std::move(pipe->readEnd), deadline,
                                        std::move(onCutOff));
 

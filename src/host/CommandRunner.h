@@ -1,4 +1,4 @@
-// Shell commands whose output is read, none of which can hang the scan.
+// Commands whose output is read, none of which can hang the scan.
 #pragma once
 
 #include <chrono>
@@ -8,6 +8,9 @@
 #include <mutex>
 #include <string>
 #include <unordered_map>
+#include <vector>
+
+#include "host/CommandSpawn.h"
 
 namespace quenlor {
 
@@ -32,6 +35,10 @@ class CommandRunner {
   // be any more. finish() closes the stream.
   FILE* start(const char* commandLine);
 
+  // The same for a program by its path, without a shell; arguments[0] is the name that it is told.
+  // Null, with errno, also where the path is none of a program.
+  FILE* startProgram(const char* path, const std::vector<std::string>& arguments);
+
   // Closes a stream of start() and gives the wait status of the shell. Output not read is thrown
   // away, a command that goes on past the ceiling is killed. -1 when the stream is none of ours or
   // the child cannot even be killed (stuck in the kernel).
@@ -50,6 +57,9 @@ class CommandRunner {
   class Groups;
   class Child;
   using Clock = std::chrono::steady_clock;
+
+  // told: what the one who hears of a cut-off output is told.
+  FILE* start(const ProgramCall& call, const std::string& told);
 
   const std::chrono::milliseconds m_ceiling;
   const OnCutOff m_onCutOff;

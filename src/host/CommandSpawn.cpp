@@ -57,11 +57,13 @@ class SpawnSettings {
   SpawnSettings& operator=(const SpawnSettings&) = delete;
 
   // 0, or the error number.
-  int spawn(const char* commandLine, pid_t* pid) const {
-    char shellName[] = "sh";
-    char commandOption[] = "-c";
-    char* const arguments[] = {shellName, commandOption, const_cast<char*>(commandLine), nullptr};
-    return posix_spawn(pid, kShell, &m_actions, &m_attributes, arguments,
+  int spawn(const ProgramCall& call, pid_t* pid) const {
+    std::vector<char*> arguments;
+    for (const std::string& argument : call.arguments) {
+      arguments.push_back(const_cast<char*>(argument.c_str()));
+    }
+    arguments.push_back(nullptr);
+    return posix_spawn(pid, call.path.c_str(), &m_actions, &m_attributes, arguments.data(),
                        childEnvironment().data());
   }
 
@@ -88,8 +90,10 @@ OwnedDescriptor openNoInput() {
 
 OwnedDescriptor openNoErrors() { return OwnedDescriptor(::open(kNowhere, O_WRONLY | O_CLOEXEC)); }
 
-int spawnShell(const char* commandLine, int input, int output, int errors, pid_t* pid) {
-  return SpawnSettings(input, output, errors).spawn(commandLine, pid);
+ProgramCall shellCall(const char* commandLine) { return {kShell, {"sh", "-c", commandLine}}; }
+
+int spawnProgram(const ProgramCall& call, int input, int output, int errors, pid_t* pid) {
+  return SpawnSettings(input, output, errors).spawn(call, pid);
 }
 
 }  // namespace quenlor

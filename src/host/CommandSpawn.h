@@ -1,11 +1,13 @@
-// The shell of a command, and the descriptors that it gets.
+// Programs that are started for their output, and the descriptors that they get.
 #pragma once
 
 #include <sys/types.h>
 #include <unistd.h>
 
 #include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace quenlor {
 
@@ -42,8 +44,17 @@ OwnedDescriptor openNoInput();
 // error.
 OwnedDescriptor openNoErrors();
 
-// Starts the line with /bin/sh in a process group of its own, named after it, with LC_ALL=C and
-// default signals. errors may be -1: ours. 0, or the error number.
-int spawnShell(const char* commandLine, int input, int output, int errors, pid_t* pid);
+// A program by its path, and its arguments from its name on.
+struct ProgramCall {
+  std::string path;
+  std::vector<std::string> arguments;
+};
+
+// The shell with a command line.
+ProgramCall shellCall(const char* commandLine);
+
+// Starts the program, without a shell of our own, in a process group of its own, named after it,
+// with LC_ALL=C and default signals. errors may be -1: ours. 0, or the error number.
+int spawnProgram(const ProgramCall& call, int input, int output, int errors, pid_t* pid);
 
 }  // namespace quenlor

@@ -4,7 +4,9 @@
 #include <chrono>
 #include <cstdio>
 #include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "host/Host.h"
 #include "host/ScanState.h"
@@ -31,6 +33,8 @@ inline FileStream openFile(const char* path, const char* mode = "r") {
 class CommandStream {
  public:
   explicit CommandStream(const char* commandLine) : m_stream(host().popen(commandLine)) {}
+  CommandStream(const char* path, const std::vector<std::string>& arguments)
+      : m_stream(host().startProgram(path, arguments)) {}
   ~CommandStream() { close(); }
   CommandStream(const CommandStream&) = delete;
   CommandStream& operator=(const CommandStream&) = delete;

@@ -93,6 +93,9 @@ class Host {
   // and ceilings of 60 seconds and 32 MiB of output after which the child's process group is killed
   // and the output ends.
   virtual FILE* popen(const char* commandLine) = 0;
+  // The same for a program by its absolute path, without a shell; arguments[0] is the name that it
+  // is told. Null, with errno, where the path is none of a program.
+  virtual FILE* startProgram(const char* path, const std::vector<std::string>& arguments) = 0;
   // As pclose: the wait status. The child is reaped, and killed if it outlives the ceiling.
   virtual int pclose(FILE* stream) = 0;
 

@@ -31,6 +31,9 @@ class SystemHost : public Host {
   int statvfs(const char* path, struct statvfs* out) override;
   int fstatvfs(int fd, struct statvfs* out) override;
   FILE* popen(const char* commandLine) override { return m_commands.start(commandLine); }
+  FILE* startProgram(const char* path, const std::vector<std::string>& arguments) override {
+    return m_commands.startProgram(path, arguments);
+  }
   int pclose(FILE* stream) override { return m_commands.finish(stream); }
   void limitCommand(FILE* stream, std::chrono::milliseconds rest) override {
     m_commands.limit(stream, rest);

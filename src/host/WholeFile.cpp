@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 
@@ -13,24 +12,26 @@ namespace quenlor {
 namespace {
 
 constexpr size_t kPage = 4096;
+constexpr size_t kPiece = 4 * kPage;
 constexpr char kBlanks[] = " \t\r\n\v\f";
 
 // Reads on until the file ends or more than `limit` bytes are there. 0 or an errno.
-int readToEnd(int fd, size_t limit, std::string& bytes) {
-  std::array<char, 4 * kPage> piece{};
-  while (bytes.size() <= limit) {
+int readToEnd(int fd, size_t limit, const PieceTaker& take) {
+  std::array<char, kPiece> piece;  // not cleared: most files are a line
+  for (size_t taken = 0; taken <= limit;) {
     const ssize_t count = host().read(fd, piece.data(), piece.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return errno;
     if (count == 0) return 0;
-    bytes.append(piece.data(), static_cast<size_t>(count));
+    taken += static_cast<size_t>(count);
+    take({piece.data(), static_cast<size_t>(count)});
+    if (taken > limit) return EFBIG;
   }
   return 0;
 }
 
-// The file, open and known to be a regular one, and the size that it claims; else no descriptor,
-// and why.
-Descriptor openRegular(const std::string& path, FileStatus& status, size_t* size = nullptr) {
+// The file, open and known to be a regular one; else no descriptor, and why.
+Descriptor openRegular(const std::string& path, FileStatus& status) {
   Descriptor file(host().open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY, 0));
   status = file ? FileStatus::kRead : fileStatusOf(errno);
   struct stat facts {};
@@ -38,7 +39,6 @@ Descriptor openRegular(const std::string& path, FileStatus& status, size_t* size
     status = FileStatus::kNotRegular;
     return {};
   }
-  if (size != nullptr) *size = static_cast<size_t>(std::max<off_t>(facts.st_size, 0));
   return file;
 }
 
@@ -53,6 +53,8 @@ FileStatus fileStatusOf(int error) {
     case ENODEV:
     case ENXIO:
       return FileStatus::kAbsent;
+    case EFBIG:
+      return FileStatus::kTooLarge;
     case EACCES:
     case EPERM:
       return FileStatus::kRefused;
@@ -61,18 +63,16 @@ FileStatus fileStatusOf(int error) {
   }
 }
 
+FileStatus readPieces(const std::string& path, size_t limit, const PieceTaker& take) {
+  FileStatus status = FileStatus::kAbsent;
+  const Descriptor descriptor = openRegular(path, status);
+  return descriptor ? fileStatusOf(readToEnd(descriptor.get(), limit, take)) : status;
+}
+
 WholeFile readWholeFile(const std::string& path, size_t limit) {
   WholeFile file;
-  size_t size = 0;
-  const Descriptor descriptor = openRegular(path, file.status, &size);
-  if (!descriptor) return file;
-  // Lists of a million bytes would be copied again and again while they grow. Files of the kernel
-  // tell no size, or a wrong one.
-  file.bytes.reserve(std::min(size, limit));
-  file.status = fileStatusOf(readToEnd(descriptor.get(), limit, file.bytes));
-  if (file.status == FileStatus::kRead && file.bytes.size() > limit) {
-    file.status = FileStatus::kTooLarge;
-  }
+  file.status =
+      readPieces(path, limit, [&file](std::string_view piece) { file.bytes.append(piece); });
   if (file.status != FileStatus::kRead) file.bytes.clear();
   return file;
 }
@@ -81,7 +81,7 @@ std::optional<std::string> readAttribute(const std::string& path) {
   FileStatus status = FileStatus::kAbsent;
   const Descriptor descriptor = openRegular(path, status);
   if (!descriptor) return {};
-  std::array<char, kPage> page{};
+  std::array<char, kPage> page;
   const ssize_t count = host().read(descriptor.get(), page.data(), page.size());
   if (count < 0) return {};
   std::string value(page.data(), static_cast<size_t>(count));

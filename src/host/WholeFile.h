@@ -3,8 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace quenlor {
 
@@ -29,6 +31,11 @@ inline constexpr size_t kTextFileLimit = 1u << 20;  // bytes
 // Opens without blocking and without following a FIFO into a wait; never reads what is no regular
 // file.
 WholeFile readWholeFile(const std::string& path, size_t limit = kTextFileLimit);
+
+// The same for a list of which little is kept: hands out the bytes piece by piece, from front to
+// back. What was handed out before a failure holds.
+using PieceTaker = std::function<void(std::string_view piece)>;
+FileStatus readPieces(const std::string& path, size_t limit, const PieceTaker& take);
 
 // One value of sysfs: a page at most in one read, without blanks and line ends at its end. Nothing
 // when it cannot be read; an empty file is an empty value.

@@ -30,6 +30,7 @@ void checkList(const std::string& list) {
   names.wantDevice(0x1AF4, 0x1000);
   names.wantClass(0x02, 0x00);
   names.take(list);
+  names.endList();
   checkName(list, names.vendor(0x8086));
   checkName(list, names.device(0x8086, 0x10D3));
   checkName(list, names.device(0x1AF4, 0x1000));

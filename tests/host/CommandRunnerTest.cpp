@@ -103,6 +103,28 @@ TEST_F(CommandRunnerTest, missingCommandIsStreamThatEndsAtOnceWithStatus127) {
   EXPECT_EQ(result.status, 127 << 8);
 }
 
+TEST_F(CommandRunnerTest, programIsStartedWithItsArgumentsAsTheyAre) {
+  FILE* stream = runner.startProgram("/bin/echo", {"echo", "$HOME  'x'", ";", ""});
+  ASSERT_NE(stream, nullptr);
+  EXPECT_EQ(readAll(stream), "$HOME  'x' ; \n");
+  EXPECT_EQ(runner.finish(stream), 0);
+}
+
+TEST_F(CommandRunnerTest, whatIsNoProgramIsNotStarted) {
+  EXPECT_EQ(runner.startProgram("/no/such/program", {"program"}), nullptr);
+  EXPECT_EQ(errno, ENOENT);
+  EXPECT_EQ(runner.startProgram("/", {"directory"}), nullptr);
+  EXPECT_EQ(errno, EACCES);
+}
+
+TEST_F(CommandRunnerTest, hungProgramIsKilled) {
+  FILE* stream = shortRunner.startProgram("/bin/sleep", {"sleep", "100"});
+  ASSERT_NE(stream, nullptr);
+  EXPECT_EQ(readAll(stream), "");
+  EXPECT_TRUE(isKilled(shortRunner.finish(stream)));
+  EXPECT_LT(Clock::now() - started, kSoon);
+}
+
 TEST_F(CommandRunnerTest, emptyCommandSucceeds) {
   const Result result = run(runner, "");
   EXPECT_EQ(result.output, "");

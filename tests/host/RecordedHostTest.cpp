@@ -112,6 +112,27 @@ TEST(RecordedHost, whatAScanMustNotDoFailsAndIsRemembered) {
   EXPECT_TRUE(machine.opens().empty());
 }
 
+TEST(RecordedHost, recordedProgramsAreAnsweredAndOthersRefused) {
+  const TemporaryDirectory directory;
+  directory.write("programs.txt",
+                  "# path and arguments, exit code, line\n"
+                  "/bin/agent|--cmd|ask a => 3 one two\n"
+                  "/bin/agent|--cmd|ask b => 0\n");
+  RecordedHost machine(directory.path());
+  CommandStream told("/bin/agent", {"agent", "--cmd", "ask a"});
+  ASSERT_TRUE(told);
+  EXPECT_EQ(std::fgetc(told.get()), 'o');
+  EXPECT_EQ(told.close(), 3 << 8);
+  CommandStream silent("/bin/agent", {"agent", "--cmd", "ask b"});
+  EXPECT_EQ(std::fgetc(silent.get()), EOF);
+  EXPECT_EQ(silent.close(), 0);
+  EXPECT_FALSE(CommandStream("/bin/agent", {"agent", "--cmd", "ask"}));
+  EXPECT_EQ(machine.started(), (Paths{"/bin/agent|--cmd|ask a", "/bin/agent|--cmd|ask b"}));
+  EXPECT_EQ(machine.forbidden(), Paths{"start /bin/agent|--cmd|ask"});
+  directory.write("programs.txt", "/bin/agent 0\n");
+  EXPECT_THROW(RecordedHost{directory.path()}, std::runtime_error);
+}
+
 TEST(RecordedHost, opensAndListingsAreCountedByWhereTheyLead) {
   const TemporaryDirectory directory;
   directory.write("tree.txt", "/a/f = 1\n/b -> a\n");

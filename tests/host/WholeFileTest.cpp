@@ -44,6 +44,22 @@ TEST_F(WholeFileTest, aFileOfTheLimitIsReadAndOneByteMoreIsTooLarge) {
   EXPECT_EQ(file.bytes, "");
 }
 
+TEST_F(WholeFileTest, aLongFileComesInPiecesFromFrontToBack) {
+  std::string text;
+  for (int i = 0; i < 20000; ++i) text += std::to_string(i) + '\n';
+  std::string pieces;
+  size_t count = 0;
+  const auto take = [&](std::string_view piece) {
+    pieces += piece;
+    ++count;
+  };
+  EXPECT_EQ(readPieces(write("list", text), text.size(), take), FileStatus::kRead);
+  EXPECT_EQ(pieces, text);
+  EXPECT_GT(count, 2u);
+  EXPECT_EQ(readPieces(path("list"), text.size() - 1, take), FileStatus::kTooLarge);
+  EXPECT_EQ(readPieces(path("none"), 1, take), FileStatus::kAbsent);
+}
+
 TEST_F(WholeFileTest, aFifoWithoutWriterIsNoRegularFileAndNobodyWaits) {
   ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
   EXPECT_EQ(readWholeFile(path("fifo")).status, FileStatus::kNotRegular);

@@ -72,6 +72,7 @@ constexpr GuestRow GUESTS[] = {
     {"xen-hvm-guest", "vm", "xen", kNo, "dmi:HVM domU", kNo, kNo},
     {"xen-control-domain", "none", kNo, kNo, kNo, kNo, kNo},
     {"vmware-guest", "vm", "vmware", kNo, "cpuid:VMwareVMware", kNo, kNo},
+    {"vmware-agent", "vm", "vmware", kNo, "cpuid:VMwareVMware", kNo, kNo},
     {"ec2-guest", "vm", "kvm", kNo, "cpuid:KVMKVMKVM", "ec2", "i-0123456789abcdef0"},
     {"ec2-metal", "none", kNo, kNo, kNo, "ec2", "i-0fedcba9876543210"},
     {"firecracker-guest", "vm", "firecracker", kNo, "acpi:FIRECK", kNo, kNo},
@@ -230,12 +231,30 @@ TEST(RecordedMachines, aContainersLimitsAreTold) {
 TEST(RecordedMachines, theHostOfAVmwareGuestIsNotGuessed) {
   Recording recording("vmware-guest");
   EXPECT_EQ(values(recording.lpar(), {4, 8, 9}), "-1.000000|-1.000000|-1.000000");
-  EXPECT_EQ(recording.outcome().status(), OutcomeStatus::kPartial);
+  EXPECT_EQ(recording.outcome().status(), OutcomeStatus::kNoSource);
+  EXPECT_EQ(recording.outcome().reason(), "capacity of the host: no tools agent");
   EXPECT_EQ(recording.host().size(), 1u);
-  EXPECT_EQ(recording.outcome().status(), OutcomeStatus::kPartial);
+  EXPECT_EQ(recording.outcome().status(), OutcomeStatus::kNoSource);
+  EXPECT_EQ(recording.recorded().started(), std::vector<std::string>{});
   Recording other("kvm-guest");
   EXPECT_TRUE(other.host().empty());
   EXPECT_EQ(other.outcome().status(), OutcomeStatus::kComplete);
+}
+
+TEST(RecordedMachines, theHostOfAVmwareGuestIsWhatItsAgentTells) {
+  Recording recording("vmware-agent");
+  const RowValues lpar = recording.lpar();
+  EXPECT_EQ(values(lpar, {2, 4, 8}), "guest-7|2.000000|8.000000");
+  EXPECT_EQ(values(lpar, {5, 9, 7}), "1.500000|6.000000|KQXYZ12");
+  EXPECT_EQ(recording.outcome().status(), OutcomeStatus::kComplete);
+  EXPECT_EQ(recording.outcome().reason(), "tools agent: asked");
+  const Rows host = recording.host();
+  ASSERT_EQ(host.size(), 1u);
+  EXPECT_EQ(values(host[0], {1, 2, 3, 4, 7}), "ZUM|Server x3650 -[7979AC1]-||KQXYZ12|7979");
+  EXPECT_EQ(recording.outcome().reason(), "tools agent: asked");
+  // Nine keys; the host's id is in both groups.
+  EXPECT_EQ(recording.recorded().started().size(), 9u);
+  EXPECT_EQ(recording.recorded().forbidden(), std::vector<std::string>{});
 }
 
 TEST(RecordedMachines, theChassisOfAGuestIsNone) {

@@ -423,6 +423,23 @@ FILE* FakeHost::popen(const char* commandLine) {
   return stream;
 }
 
+FILE* FakeHost::startProgram(const char* path, const std::vector<std::string>& arguments) {
+  const std::lock_guard lock(m_mutex);
+  std::string line = path;
+  for (size_t i = 1; i < arguments.size(); ++i) line += " " + arguments[i];
+  started.push_back(line);
+  std::vector<std::string> call = arguments;
+  if (!call.empty()) call[0] = path;
+  const auto found = programs.find(call);
+  if (found == programs.end()) {
+    errno = ENOENT;
+    return nullptr;
+  }
+  FILE* stream = openText(found->second.output);
+  m_commandStreams[stream] = found->second;
+  return stream;
+}
+
 void FakeHost::limitCommand(FILE*, std::chrono::milliseconds rest) {
   const std::lock_guard lock(m_mutex);
   limited.push_back(rest);

@@ -45,8 +45,10 @@ class FakeHost : public Host {
   // --- what the machine holds ---
   std::map<std::string, std::string> files;  // path to content; also for stat and open
   std::map<std::string, std::vector<std::string>>
-      directories;                                    // path to names, without "." and ".."
-  std::map<std::string, CommandResult> commands;      // command line to result
+      directories;                                // path to names, without "." and ".."
+  std::map<std::string, CommandResult> commands;  // command line to result
+  // What startProgram runs, and its result; unset: ENOENT.
+  std::map<std::vector<std::string>, CommandResult> programs;
   std::set<std::string> unstartableCommands;          // popen gives null for these
   std::function<void(const std::string&)> onCommand;  // runs at each popen: side effects
   std::map<std::string, FakeDevice> devices;          // node to answers
@@ -83,7 +85,7 @@ class FakeHost : public Host {
 
   // --- what was asked for ---
   std::vector<std::string> opened;   // paths of open and fopen, in order, found or not
-  std::vector<std::string> started;  // command lines in order
+  std::vector<std::string> started;  // command lines in order, programs' joined by blanks
   std::vector<std::chrono::milliseconds> limited;  // time that commands were left with, in order
   std::vector<std::string> unlinked;
   std::vector<std::string> measured;           // paths of statvfs, in order
@@ -115,6 +117,7 @@ class FakeHost : public Host {
   int statvfs(const char* path, struct statvfs* out) override;
   int fstatvfs(int fd, struct statvfs* out) override;
   FILE* popen(const char* commandLine) override;
+  FILE* startProgram(const char* path, const std::vector<std::string>& arguments) override;
   int pclose(FILE* stream) override;
   void limitCommand(FILE* stream, std::chrono::milliseconds rest) override;
   int socket(int domain, int type, int protocol) override;

@@ -1,5 +1,5 @@
 // A recorded machine's settings and running system; its files are in RecordedFiles.cpp, its network
-// is in RecordedNetwork.cpp.
+// is in RecordedNetwork.cpp, its programs are in RecordedPrograms.cpp.
 #include "tests/support/RecordedHost.h"
 
 #include <unistd.h>
@@ -56,6 +56,7 @@ RecordedHost::RecordedHost(const std::filesystem::path& directory)
   takeUname(optionalFile("uname"));
   takeClocks(optionalFile("clock"));
   takeEnvironment(optionalFile("environment"));
+  eachLine(optionalFile("programs.txt"), [this](const std::string& line) { takeProgram(line); });
 }
 
 void RecordedHost::takePermission(const std::string& line) {
@@ -148,13 +149,6 @@ int RecordedHost::openDescriptors() const {
   const std::lock_guard lock(m_mutex);
   return static_cast<int>(m_open.size());
 }
-
-FILE* RecordedHost::popen(const char* commandLine) {
-  forbid(std::string("start ") + commandLine, ENOENT);
-  return nullptr;
-}
-
-int RecordedHost::pclose(FILE*) { return fail(ECHILD); }
 
 int RecordedHost::uname(struct utsname* out) {
   *out = m_uname;

@@ -19,8 +19,9 @@
 namespace quenlor::test {
 
 // Answers from the directory alone and installs itself as host() for its lifetime. What a scan must
-// not do (start a program, write, open a node below /dev, load a library, look up a name, touch a
-// port, map memory) fails and is recorded. May be asked from several threads.
+// not do (start a program that was not recorded, write, open a node below /dev, load a library,
+// look up a name, touch a port, map memory) fails and is recorded. May be asked from several
+// threads.
 class RecordedHost : public Host {
  public:
   // Throws std::runtime_error when a file of the recording is malformed.
@@ -37,6 +38,8 @@ class RecordedHost : public Host {
   // Paths that were opened, or listed, more than once; sorted.
   std::vector<std::string> readTwice() const;
   int openDescriptors() const;  // not closed yet
+  // Recorded programs that were started, as programs.txt has them, in order.
+  std::vector<std::string> started() const;
 
   int open(const char* path, int flags, mode_t mode) override;
   int close(int fd) override;
@@ -56,10 +59,11 @@ class RecordedHost : public Host {
   int statvfs(const char* path, struct statvfs* out) override;
   int fstatvfs(int fd, struct statvfs* out) override;
   FILE* popen(const char* commandLine) override;
+  FILE* startProgram(const char* path, const std::vector<std::string>& arguments) override;
   int pclose(FILE* stream) override;
   int socket(int domain, int type, int protocol) override;
   int netlinkRequest(int protocol, const std::string& request, std::string& reply) override;
-  void limitCommand(FILE*, std::chrono::milliseconds) override {}  // there are no commands
+  void limitCommand(FILE*, std::chrono::milliseconds) override {}
   std::chrono::milliseconds resolverRound() override { return std::chrono::milliseconds(0); }
   bool hostNameOfAddress(const in_addr& address, std::string& name) override;
   int uname(struct utsname* out) override;
@@ -104,6 +108,7 @@ class RecordedHost : public Host {
   void takeUname(const std::string& text);
   void takeClocks(const std::string& text);
   void takeEnvironment(const std::string& text);
+  void takeProgram(const std::string& line);
   int refusalOf(const std::string& asked, const std::string& resolved, bool atRead) const;
   int fail(int error) const;
   int forbid(const std::string& what, int error);
@@ -121,6 +126,11 @@ class RecordedHost : public Host {
   std::map<std::string, std::string> m_environment;
   FlatJson m_fileSystems;
   FlatJson m_ethtool;
+  struct ProgramResult {
+    int waitStatus = 0;
+    std::string output;
+  };
+  std::map<std::string, ProgramResult> m_programs;  // path and arguments, joined by bars
 
   mutable std::mutex m_mutex;
   std::vector<std::string> m_forbidden;
@@ -128,6 +138,8 @@ class RecordedHost : public Host {
   std::map<std::string, int> m_listings;
   std::map<std::string, int> m_netlinkRequests;  // how often each key was asked for
   std::map<int, OpenFile> m_open;
+  std::vector<std::string> m_started;
+  std::map<FILE*, int> m_running;  // output to wait status
   int m_nextDescriptor = 1000;
   ScopedHost m_scope;
 };

@@ -1,5 +1,7 @@
 // Lpar of the modern sources: how much of the machine this system may use. What the host of a
-// VMware guest has only its agent tells; the guests of others know their own processors.
+// VMware guest has only its tools agent tells; the guests of others know their own processors.
+#include "groups/capacity/AgentOutcome.h"
+#include "groups/capacity/HostCapacity.h"
 #include "groups/modern/Collectors.h"
 #include "groups/modern/GuestOfScan.h"
 
@@ -36,11 +38,20 @@ void addLimits(ModernRow& row, const CgroupLimits& limits) {
   if (limits.memoryBytes) row.ulong(kMemoryLimitMb, *limits.memoryBytes / kBytesPerMiB);
 }
 
-void addGuestCapacity(ModernTable& table, ModernRow& row, const Guest& guest,
+void addHostCapacity(ModernRow& row, const HostCapacity& host) {
+  row.textAlways(kLparId, host.guestId)
+      .real(kNodeCapacity, static_cast<float>(host.packages))
+      .real(kNodeCapacityInCores, host.cores)
+      .real(kLparCapacity, host.guestPackages)
+      .real(kLparCapacityInCores, host.guestCores)
+      .textAlways(kSerialNumber, host.hostId);
+}
+
+void addGuestCapacity(ModernScan& scan, ModernTable& table, ModernRow& row, const Guest& guest,
                       const CpuInventory& cpus) {
   if (guest.isVmware) {
-    table.outcome().note(OutcomeStatus::kPartial, "capacity of the host: its agent was not asked");
-    row.real(kNodeCapacity, kUnknown).real(kNodeCapacityInCores, kUnknown);
+    addHostCapacity(row, readHostCapacity(scan.toolsAgent(), cpus));
+    noteAgent(table.outcome(), scan.toolsAgent(), "capacity of the host");
   } else if (guest.isVirtualMachine) {
     row.real(kLparCapacityInCores, static_cast<float>(cpus.online));
   }
@@ -69,9 +80,8 @@ void collectLpar(ModernScan& scan, ModernTable& table) {
       .real(kSharedPoolCapacity, kUnknown)
       .real(kSharedPoolCapacityInCores, kUnknown);
   addNode(row, seen);
-  if (guest) addGuestCapacity(table, row, *guest, seen);
-  const bool isHosts = !guest || !guest->isVmware;
-  row.textAlways(kSerialNumber, isHosts ? serialNumber(scan, table) : std::nullopt);
+  if (guest) addGuestCapacity(scan, table, row, *guest, seen);
+  if (!guest || !guest->isVmware) row.textAlways(kSerialNumber, serialNumber(scan, table));
 }
 
 }  // namespace quenlor

@@ -22,6 +22,7 @@
 #include "readers/system/ZoneAndLocale.h"
 #include "readers/topology/CpuInventory.h"
 #include "readers/usb/UsbDevices.h"
+#include "readers/virtualization/ToolsAgent.h"
 
 namespace quenlor {
 
@@ -73,6 +74,9 @@ class ModernScan {
   }
   const UsbDevices* usbDevices(Outcome& outcome) { return m_usbDevices.get(m_readers, outcome); }
 
+  // Only to be asked in a guest that CPUID calls VMware.
+  ToolsAgent& toolsAgent() { return m_toolsAgent; }
+
   // By the driver's thread alone.
   void addResult(GroupResult result) { m_results.push_back(std::move(result)); }
   const std::vector<GroupResult>& results() const { return m_results; }
@@ -95,6 +99,7 @@ class ModernScan {
   SharedReader<Resolver> m_resolver{"host and domain name", readResolver};
   SharedReader<SystemLocale> m_systemLocale{"locale", readSystemLocale};
   SharedReader<UsbDevices> m_usbDevices{"USB devices", readUsbDevices};
+  ToolsAgent m_toolsAgent{[this] { return limit(); }};
   std::vector<GroupResult> m_results;
 };
 

@@ -2,7 +2,7 @@
 // processor is, never of a speed of the moment.
 #include <cstdio>
 
-#include "factory/GroupFactory.h"
+#include "factory/ProcessorDescriptions.h"
 #include "groups/modern/Collectors.h"
 #include "groups/processor/BrandName.h"
 #include "groups/processor/PackageFirmware.h"
@@ -105,18 +105,18 @@ std::string identityOf(const ProcessorFacts& facts) {
   return md5Text(text);
 }
 
-std::string familyText(const ProcessorFacts& facts) {
-  const String name = familyNameIn(GroupFactory::getInstance().processors(), facts.vendor.c_str(),
-                                   static_cast<int>(facts.family), static_cast<int>(facts.model),
-                                   facts.brand.c_str());
+std::string familyText(const ProcessorFacts& facts, const ProcessorDescriptions& known) {
+  const int model = static_cast<int>(facts.model);
+  const String name = familyNameIn(known.ofModel(model), facts.vendor.c_str(),
+                                   static_cast<int>(facts.family), model, facts.brand.c_str());
   if (name != "Unknown") return name.c_str();
   const std::string brand = plainBrandName(facts.brand);
   return brand.empty() ? "Unknown" : brand;
 }
 
-void addChip(ModernRow& row, const ProcessorFacts& facts) {
+void addChip(ModernRow& row, const ProcessorFacts& facts, const ProcessorDescriptions& known) {
   row.textAlways(kId, identityOf(facts))
-      .textAlways(kFamily, familyText(facts))
+      .textAlways(kFamily, familyText(facts, known))
       .ulong(kMaxClockSpeed, facts.rated)
       .ulong(kCurrentClockSpeed, facts.current != 0 ? facts.current : facts.rated)
       .textAlways(kManufacturer, facts.vendor)
@@ -140,11 +140,11 @@ void addFlags(ModernRow& row, const ProcessorFacts& facts) {
 }
 
 void addPackage(ModernTable& table, const CpuInventory& cpus, size_t number,
-                const PackageFirmware& firmware) {
+                const PackageFirmware& firmware, const ProcessorDescriptions& known) {
   const CpuPackage& package = cpus.packages[number];
   const ProcessorFacts facts = factsOf(cpus, number, firmware);
   ModernRow& row = table.addNumberedRow();
-  addChip(row, facts);
+  addChip(row, facts, known);
   addFlags(row, facts);
   row.ulong(kPhysicalPackageCount, cpus.packages.size())
       .ulong(kCorePerPackageCount, package.cores.size())
@@ -158,10 +158,9 @@ void collectProcessor(ModernScan& scan, ModernTable& table) {
   if (cpus == nullptr) return;
   table.outcome().merge(cpus->outcome);
   const PackageFirmware firmware(scan.dmi(table.outcome()), *cpus, table.outcome());
-  GroupFactory& factory = GroupFactory::getInstance();
-  factory.loadNodeFromFile(factory.hwConfigFile(), kProcessorsSection);
+  const ProcessorDescriptions known(GroupFactory::getInstance().hwConfigFile().c_str());
   for (size_t number = 0; number < cpus->packages.size(); ++number) {
-    addPackage(table, *cpus, number, firmware);
+    addPackage(table, *cpus, number, firmware, known);
   }
   table.makeDigestsUnique(kId);
 }

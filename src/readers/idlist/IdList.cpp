@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <utility>
 
 #include "host/WholeFile.h"
@@ -32,12 +33,6 @@ std::optional<Line> parseLine(std::string_view text, size_t digits) {
   return line;
 }
 
-std::string_view takeLine(std::string_view& text) {
-  const std::string_view line = text.substr(0, text.find('\n'));
-  text.remove_prefix(std::min(line.size() + 1, text.size()));
-  return line;
-}
-
 void keepFirst(std::string& name, std::string_view found) {
   if (name.empty()) name = found;
 }
@@ -55,34 +50,64 @@ void IdNames::wantClass(uint8_t baseClass, uint8_t subclass) {
 }
 
 // A line at the left margin: a vendor, a class, or the head of a section that is not asked for.
-IdNames::Entry* IdNames::takeTop(std::string_view line) {
-  const bool isClass = line.starts_with(kClassSection);
-  const auto top = isClass ? parseLine(line.substr(kClassSection.size()), kClassDigits)
-                           : parseLine(line, kIdDigits);
-  if (!top) return nullptr;
-  Entries& entries = isClass ? m_classes : m_vendors;
-  const auto found = entries.find(top->id);
-  if (found == entries.end()) return nullptr;
-  keepFirst(found->second.name, top->name);
-  return &found->second;
+void IdNames::takeTop(std::string_view line) {
+  m_isClass = line.starts_with(kClassSection);
+  const auto top = m_isClass ? parseLine(line.substr(kClassSection.size()), kClassDigits)
+                             : parseLine(line, kIdDigits);
+  Entries& entries = m_isClass ? m_classes : m_vendors;
+  const auto found = top ? entries.find(top->id) : entries.end();
+  m_above = found == entries.end() ? nullptr : &found->second;
+  if (m_above != nullptr) keepFirst(m_above->name, top->name);
 }
 
-void IdNames::take(std::string_view list) {
-  Entry* above = nullptr;
-  size_t digits = 0;
-  while (!list.empty()) {
-    const std::string_view line = takeLine(list);
-    if (line.empty() || line[0] == '#') continue;
-    if (line[0] != '\t') {
-      above = takeTop(line);
-      digits = line.starts_with(kClassSection) ? kClassDigits : kIdDigits;
-      continue;
-    }
-    if (above == nullptr) continue;
-    const auto below = parseLine(line.substr(1), digits);  // no line two tabs deep has an id there
-    const auto found = below ? above->below.find(below->id) : above->below.end();
-    if (found != above->below.end()) keepFirst(found->second, below->name);
+// No line two tabs deep has an id here.
+void IdNames::takeBelow(std::string_view line) {
+  const auto below = parseLine(line, m_isClass ? kClassDigits : kIdDigits);
+  const auto found = below ? m_above->below.find(below->id) : m_above->below.end();
+  if (found != m_above->below.end()) keepFirst(found->second, below->name);
+}
+
+void IdNames::takeLine(std::string_view line) {
+  if (line.empty() || line[0] == '#') return;
+  if (line[0] != '\t') {
+    takeTop(line);
+  } else if (m_above != nullptr) {
+    takeBelow(line.substr(1));
   }
+}
+
+// The piece behind the line that the piece before it began.
+std::string_view IdNames::takeRest(std::string_view piece) {
+  const size_t end = piece.find('\n');
+  m_rest.append(piece.substr(0, end));
+  if (end == std::string_view::npos) return {};
+  takeLine(m_rest);
+  m_rest.clear();
+  return piece.substr(end + 1);
+}
+
+// Of forty thousand lines all but some dozen are below vendors that nobody asked for: those are
+// left at their first character.
+void IdNames::take(std::string_view piece) {
+  if (!m_rest.empty()) piece = takeRest(piece);
+  const char* at = piece.data();
+  const char* const end = at + piece.size();
+  while (at != end) {
+    const auto* const stop =
+        static_cast<const char*>(std::memchr(at, '\n', static_cast<size_t>(end - at)));
+    if (stop == nullptr) {
+      m_rest.assign(at, end);
+      return;
+    }
+    if (*at != '\t' || m_above != nullptr) takeLine({at, static_cast<size_t>(stop - at)});
+    at = stop + 1;
+  }
+}
+
+void IdNames::endList() {
+  takeLine(m_rest);
+  m_rest.clear();
+  m_above = nullptr;
 }
 
 std::optional<std::string> IdNames::vendor(uint16_t vendor) const {
@@ -108,12 +133,11 @@ std::optional<std::string> IdNames::className(uint8_t baseClass, uint8_t subclas
 bool readIdList(std::span<const char* const> paths, const char* what, IdNames& names,
                 Outcome& outcome) {
   for (const char* path : paths) {
-    const WholeFile list = readWholeFile(path, kIdListLimit);
-    if (list.status == FileStatus::kAbsent) continue;
-    if (list.status == FileStatus::kRead) {
-      names.take(list.bytes);
-      return true;
-    }
+    const FileStatus status =
+        readPieces(path, kIdListLimit, [&names](std::string_view piece) { names.take(piece); });
+    names.endList();
+    if (status == FileStatus::kRead) return true;
+    if (status == FileStatus::kAbsent) continue;
     outcome.note(OutcomeStatus::kPartial, std::string(what) + ": list not readable");
   }
   return false;

@@ -23,8 +23,11 @@ class IdNames {
   void wantClass(uint8_t baseClass, uint8_t subclass);
   bool wantsNothing() const { return m_vendors.empty() && m_classes.empty(); }
 
-  // Takes the names out of a list, from its front to its back. The first name of an id holds.
-  void take(std::string_view list);
+  // Takes the names out of a list, from its front to its back. The first name of an id holds. The
+  // list may come in pieces, wherever they are cut; endList() takes a last line without an end, and
+  // another list may follow.
+  void take(std::string_view piece);
+  void endList();
 
   // Bytes of the list; nothing when it has no name of the id, or none was wanted.
   std::optional<std::string> vendor(uint16_t vendor) const;
@@ -39,11 +42,16 @@ class IdNames {
   };
   using Entries = std::map<uint16_t, Entry>;
 
-  // Where lines below the present one belong; null: nowhere.
-  Entry* takeTop(std::string_view line);
+  std::string_view takeRest(std::string_view piece);
+  void takeLine(std::string_view line);
+  void takeTop(std::string_view line);
+  void takeBelow(std::string_view line);
 
   Entries m_vendors;
   Entries m_classes;
+  std::string m_rest;        // of a line whose end is in the next piece
+  Entry* m_above = nullptr;  // where lines below the present one belong; null: nowhere
+  bool m_isClass = false;
 };
 
 inline constexpr size_t kIdListLimit = 16u << 20;  // bytes

@@ -1,19 +1,12 @@
 #include "readers/virtualization/retriever.h"
 
-#include <sys/wait.h>
-
-#include <cctype>
-#include <chrono>
-#include <cmath>
-#include <csignal>
-#include <cstdint>
-#include <cstdio>
 #include <optional>
 #include <utility>
 
 #include "base/Text.h"
 #include "host/Handles.h"
 #include "log/CcLogWrapper.h"
+#include "readers/virtualization/AgentAnswer.h"
 
 namespace quenlor {
 
@@ -21,67 +14,9 @@ namespace {
 
 constexpr const char* kSourcePath = "../../../src/invscan/linux/enabler/retriever.cpp";
 
-constexpr const char* kNodeId = "dov_node_id";
-constexpr const char* kNodeCapacity = "dov_node_capacity";
-constexpr const char* kVmId = "dov_vm_id";
-constexpr const char* kVmCapacity = "dov_vm_capacity";
-constexpr const char* kPhysicalProcessor = "dov_physical_processor";
-constexpr const char* kNodeManufacturer = "dov_node_man";
-constexpr const char* kNodeProduct = "dov_node_prod";
-constexpr const char* kNodeVersion = "dov_node_ver";
-constexpr const char* kNodeType = "dov_node_type";
-
-// What the agent says of a product, version or type that it does not know.
-constexpr const char* kNone = "None";
-
-constexpr size_t kFirstLineSize = 300;
-// No agent text comes near it; a command that never ends its line shall not fill the memory.
-constexpr size_t kMaxLineSize = size_t{1} << 20;
-
 // Once a command of the agent had to be killed before it said a word, waiting for the next ones as
 // long would only multiply the delay: the groups of one scan read a dozen keys.
 bool agentIsStuck = false;
-
-// An agent that has told its line has nothing more to do.
-constexpr std::chrono::seconds kTimeAfterLine{1};
-
-// The first line with its newline; nothing when there is no output. The rest of the output is read
-// and dropped: a child that writes into a closed pipe would end with a code that is not its own.
-std::optional<std::string> readFirstLine(CommandStream& command) {
-  FILE* stream = command.get();
-  std::string line;
-  line.reserve(kFirstLineSize);
-  bool ended = false;
-  bool any = false;
-  for (int character = std::getc(stream); character != EOF; character = std::getc(stream)) {
-    any = true;
-    if (!ended && line.size() < kMaxLineSize) line.push_back(static_cast<char>(character));
-    if (character == '\n' && !std::exchange(ended, true)) command.endWithin(kTimeAfterLine);
-  }
-  if (!any) return std::nullopt;
-  return line.substr(0, line.find('\0'));
-}
-
-// The first character always stays, even when it is blank: an empty value arrives as a newline.
-void stripTrailingBlanks(std::string& text) {
-  while (text.size() > 1 && std::isspace(static_cast<unsigned char>(text.back())) != 0) {
-    text.pop_back();
-  }
-}
-
-int exitCodeOf(int waitStatus) {
-  return static_cast<int8_t>((static_cast<unsigned>(waitStatus) >> 8) & 0xFFu);
-}
-
-// 0 for a text that is no finite number.
-double floatingValue(const std::string& text) {
-  const double value = parseDouble(text.c_str());
-  return std::isfinite(value) ? value : 0;
-}
-
-bool wasKilled(int waitStatus) {
-  return waitStatus != -1 && WIFSIGNALED(waitStatus) && WTERMSIG(waitStatus) == SIGKILL;
-}
 
 int traceNotStarted(const char* command) {
   const TraceFunction at{kSourcePath, "getInfo()"};
@@ -117,8 +52,7 @@ int runCommand(std::string& output, const char* command, bool& killedSilent) {
 }
 
 int getKey(std::string& output, const char* key) {
-  const std::string command =
-      std::string("vmware-guestd --cmd 'info-get guestinfo.") + key + "' 2>/dev/null";
+  const std::string command = "vmware-guestd --cmd '" + agentQuestion(key) + "' 2>/dev/null";
   if (agentIsStuck) return traceNotStarted(command.c_str());
   return runCommand(output, command.c_str(), agentIsStuck);
 }
@@ -135,7 +69,7 @@ int readHostText(String& text, const char* key) {
 
 int readHostTextOrNone(String& text, const char* key) {
   const int result = readHostText(text, key);
-  if (text == kNone) text = "";
+  if (text == agent_key::kNone) text = "";
   return result;
 }
 
@@ -148,26 +82,26 @@ int getInfo(std::string& output, const char* command) {
 
 void askStuckAgentAgain() { agentIsStuck = false; }
 
-int getNodeId(std::string& nodeId) { return getKey(nodeId, kNodeId) == 0 ? 1 : 0; }
+int getNodeId(std::string& nodeId) { return getKey(nodeId, agent_key::kNodeId) == 0 ? 1 : 0; }
 
 int getNodeCapacity(int* capacity) {
   std::string text;
-  const int result = getKey(text, kNodeCapacity);
+  const int result = getKey(text, agent_key::kNodeCapacity);
   *capacity = decimalValue(text.c_str());
   return result == 0 ? 1 : 0;
 }
 
-int getVMId(std::string& vmId) { return getKey(vmId, kVmId) == 0 ? 1 : 0; }
+int getVMId(std::string& vmId) { return getKey(vmId, agent_key::kVmId) == 0 ? 1 : 0; }
 
 int getVMCapacity(double* capacity) {
   std::string text;
-  const int result = getKey(text, kVmCapacity);
-  *capacity = floatingValue(text);
+  const int result = getKey(text, agent_key::kVmCapacity);
+  *capacity = finiteNumber(text);
   return result == 0 ? 1 : 0;
 }
 
 int getPhysicalProc(std::string& description) {
-  return getKey(description, kPhysicalProcessor) == 0 ? 1 : 0;
+  return getKey(description, agent_key::kPhysicalProcessor) == 0 ? 1 : 0;
 }
 
 int getGuestInfo(std::string& nodeId, int* nodeCapacity, std::string& vmId, double* vmCapacity) {
@@ -179,11 +113,11 @@ int getGuestInfo(std::string& nodeId, int* nodeCapacity, std::string& vmId, doub
 int getHostInfo(HostInfo& record) {
   const TraceFunction at{kSourcePath, "getHostInfo()"};
   getCcLogHw()->traceMidEntry(at(), "hardware %s", "getHostInfo()");
-  readHostText(record.manufacturer, kNodeManufacturer);
-  readHostText(record.serialNumber, kNodeId);
-  readHostTextOrNone(record.product, kNodeProduct);
-  readHostTextOrNone(record.version, kNodeVersion);
-  const int result = readHostTextOrNone(record.type, kNodeType);
+  readHostText(record.manufacturer, agent_key::kNodeManufacturer);
+  readHostText(record.serialNumber, agent_key::kNodeId);
+  readHostTextOrNone(record.product, agent_key::kNodeProduct);
+  readHostTextOrNone(record.version, agent_key::kNodeVersion);
+  const int result = readHostTextOrNone(record.type, agent_key::kNodeType);
   getCcLogHw()->traceMidExit(at(), "hardware return = %d", result);
   return result;
 }

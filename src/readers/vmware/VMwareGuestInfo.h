@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace quenlor {
 
@@ -17,10 +19,16 @@ struct VMwareGuestInfo {
 
 class VMwareGuestInfoProvider_impl;
 
+// Where the tools' installer and distributions put the library for 64-bit programs; those of them
+// that are files.
+std::vector<std::string> installedGuestLibraries();
+
 // Keeps the library loaded for its whole life, so that repeated reads are cheap. Not thread safe.
 class VMwareGuestInfoProvider {
  public:
   VMwareGuestInfoProvider();
+  // Tries these libraries instead, in their order.
+  explicit VMwareGuestInfoProvider(std::vector<std::string> libraries);
   ~VMwareGuestInfoProvider();
 
   // Fills the record and returns true only when every value could be read; else leaves it

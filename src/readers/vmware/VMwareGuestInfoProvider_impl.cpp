@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include <string>
+#include <utility>
 
 #include "host/Host.h"
 
@@ -17,7 +18,11 @@ constexpr const char* kLibraryName = "libvmGuestLib.so";
 
 }  // namespace
 
-VMwareGuestInfoProvider_impl::VMwareGuestInfoProvider_impl() {
+VMwareGuestInfoProvider_impl::VMwareGuestInfoProvider_impl()
+    : VMwareGuestInfoProvider_impl({kToolsLibrary, kLibraryName}) {}
+
+VMwareGuestInfoProvider_impl::VMwareGuestInfoProvider_impl(std::vector<std::string> libraries)
+    : m_libraries(std::move(libraries)) {
   const TraceFunction at{kSourcePath, "VMwareGuestInfoProvider_impl()"};
   getCcLogHw()->traceMidEntry(at(), "hardware %s", "VMwareGuestInfoProvider_impl()");
   getCcLogHw()->traceMidExit(at(), "hardware %s", "VMwareGuestInfoProvider_impl()");
@@ -48,8 +53,9 @@ bool VMwareGuestInfoProvider_impl::load() {
   const TraceFunction at{kSourcePath, "retrieve()"};
   m_isOpen = false;
   host().dlerror();  // forgets an error of somebody else
-  m_library = open(kToolsLibrary);
-  if (m_library == nullptr) m_library = open(kLibraryName);
+  for (const std::string& path : m_libraries) {
+    if (m_library == nullptr) m_library = open(path.c_str());
+  }
   if (m_library == nullptr) return false;
   if (resolveAll()) return true;
   getCcLogHw()->traceMIN(at(), "hardware Failed to resolve all symbols");

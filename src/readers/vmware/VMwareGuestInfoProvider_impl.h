@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "log/CcLogWrapper.h"
 #include "readers/vmware/VMwareGuestInfo.h"
@@ -12,7 +14,8 @@ namespace quenlor {
 // retrieve().
 class VMwareGuestInfoProvider_impl {
  public:
-  VMwareGuestInfoProvider_impl();
+  VMwareGuestInfoProvider_impl();  // with the libraries of the classic sources
+  explicit VMwareGuestInfoProvider_impl(std::vector<std::string> libraries);
   ~VMwareGuestInfoProvider_impl();
   VMwareGuestInfoProvider_impl(const VMwareGuestInfoProvider_impl&) = delete;
   VMwareGuestInfoProvider_impl& operator=(const VMwareGuestInfoProvider_impl&) = delete;
@@ -34,6 +37,7 @@ class VMwareGuestInfoProvider_impl {
   bool readValues(VMwareGuestInfo& info);
   const char* errorText(Error error) const;
 
+  const std::vector<std::string> m_libraries;  // tried in this order
   void* m_library = nullptr;
   Handle m_handle = nullptr;
   uint64_t m_sessionId = 0;

@@ -3,8 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "tests/support/FakeHost.h"
 
@@ -30,16 +34,28 @@ constexpr const char* kList =
     "\t1000  Not a device\n"
     "8087  Behind a section\n";
 
-IdNames taken(const std::string& list) {
-  IdNames names;
+void want(IdNames& names) {
   names.wantDevice(0x1AF4, 0x1000);
   names.wantDevice(0x8086, 0x10D3);
   names.wantDevice(0x8086, 0xFFFF);
   names.wantDevice(0x8087, 0x1000);
   names.wantClass(0x02, 0x00);
   names.wantClass(0x01, 0x77);
+}
+
+IdNames taken(const std::string& list) {
+  IdNames names;
+  want(names);
   names.take(list);
+  names.endList();
   return names;
+}
+
+// All that a list told of what is wanted.
+std::vector<std::optional<std::string>> told(const IdNames& names) {
+  return {names.vendor(0x1AF4),         names.device(0x1AF4, 0x1000), names.vendor(0x8086),
+          names.device(0x8086, 0x10D3), names.device(0x8086, 0xFFFF), names.vendor(0x8087),
+          names.device(0x8087, 0x1000), names.className(0x02, 0x00),  names.className(0x01, 0x77)};
 }
 
 TEST(IdNamesTest, findsWhatIsWanted) {
@@ -61,6 +77,35 @@ TEST(IdNamesTest, whatTheListLacksHasNoName) {
 
 TEST(IdNamesTest, unknownSubclassHasTheNameOfItsClass) {
   EXPECT_EQ(taken(kList).className(0x01, 0x77), "Mass storage controller");
+}
+
+TEST(IdNamesTest, aListInPiecesTellsTheSameWhereverItIsCut) {
+  const std::string list = kList;
+  const auto whole = told(taken(list));
+  for (size_t first = 0; first <= list.size(); ++first) {
+    for (const size_t second : {first, first + 1, first + 40, list.size()}) {
+      IdNames names;
+      want(names);
+      const size_t middle = std::min(second, list.size());
+      names.take(std::string_view(list).substr(0, first));
+      names.take(std::string_view(list).substr(first, middle - first));
+      names.take(std::string_view(list).substr(middle));
+      names.endList();
+      EXPECT_EQ(told(names), whole) << first << ' ' << second;
+    }
+  }
+}
+
+TEST(IdNamesTest, aListBehindAnotherBeginsWithNothingAboveIt) {
+  IdNames names;
+  want(names);
+  names.take("8086  Intel");
+  names.endList();
+  names.take("\t10d3  Below nobody\n1af4  Red Hat\n");
+  names.endList();
+  EXPECT_EQ(names.vendor(0x8086), "Intel");
+  EXPECT_EQ(names.device(0x8086, 0x10D3), std::nullopt);
+  EXPECT_EQ(names.vendor(0x1AF4), "Red Hat");
 }
 
 TEST(IdNamesTest, linesOfOtherSectionsBelongToNothing) {

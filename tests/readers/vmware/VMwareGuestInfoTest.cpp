@@ -101,6 +101,31 @@ TEST(VMwareGuestInfo, libraryOfTheSearchPathIsTheSecondChoice) {
   EXPECT_EQ(host.symbols.size(), 9u);
 }
 
+TEST(VMwareGuestInfo, onlyInstalledLibrariesAreNamedByTheirPaths) {
+  LoaderHost host;
+  EXPECT_EQ(installedGuestLibraries(), std::vector<std::string>{});
+  host.directories["/usr/lib64/libguestlib.so.0"] = {};
+  host.files["/usr/lib/x86_64-linux-gnu/libguestlib.so.0"] = "a library";
+  host.files["/usr/lib/vmware-tools/lib64/libvmGuestLib.so"] = "a library";
+  EXPECT_EQ(installedGuestLibraries(),
+            (std::vector<std::string>{"/usr/lib/vmware-tools/lib64/libvmGuestLib.so",
+                                      "/usr/lib/x86_64-linux-gnu/libguestlib.so.0"}));
+}
+
+TEST(VMwareGuestInfo, givenLibrariesAreTriedAloneAndInTheirOrder) {
+  LoaderHost host;
+  host.install("/b", "stub_guest_complete");
+  VMwareGuestInfoProvider provider({"/a", "/b", "/c"});
+  VMwareGuestInfo info = untouched();
+  ASSERT_TRUE(provider.retrieveGuestInfo(info));
+  expectStubValues(info);
+  EXPECT_EQ(host.asked, (std::vector<std::string>{"/a", "/b"}));
+  LoaderHost bare;
+  VMwareGuestInfoProvider without({});
+  EXPECT_FALSE(without.retrieveGuestInfo(info));
+  EXPECT_EQ(bare.asked, std::vector<std::string>{});
+}
+
 TEST(VMwareGuestInfo, readIsTracedStepByStep) {
   CapturedTraces trace;
   LoaderHost host;
