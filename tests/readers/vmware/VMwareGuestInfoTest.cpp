@@ -121,7 +121,7 @@ TEST(VMwareGuestInfo, givenLibrariesAreTriedAloneAndInTheirOrder) {
   expectStubValues(info);
   EXPECT_EQ(host.asked, (std::vector<std::string>{"/a", "/b"}));
   LoaderHost bare;
-  VMwareGuestInfoProvider without({});
+  VMwareGuestInfoProvider without(std::vector<std::string>{});
   EXPECT_FALSE(without.retrieveGuestInfo(info));
   EXPECT_EQ(bare.asked, std::vector<std::string>{});
 }
