@@ -1,17 +1,25 @@
 #include "groups/modern/ModernGroup.h"
 
 #include <chrono>
+#include <ctime>
 #include <utility>
+
+#include "host/Host.h"
 
 namespace quenlor {
 namespace {
 
 constexpr uint32_t kVersion = 1;
 
-using Clock = std::chrono::steady_clock;
+// By the machine's clock: a recorded machine's stands still, and so do its documents.
+std::chrono::nanoseconds now() {
+  struct timespec time {};
+  host().clockGettime(CLOCK_MONOTONIC, &time);
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
 
-Milliseconds since(Clock::time_point start) {
-  return std::chrono::duration_cast<Milliseconds>(Clock::now() - start);
+Milliseconds since(std::chrono::nanoseconds start) {
+  return std::chrono::duration_cast<Milliseconds>(now() - start);
 }
 
 }  // namespace
@@ -29,7 +37,7 @@ VelTable* ModernGroup::collectResults() {
 
 VelTable* ModernGroup::getTable() {
   if (m_group.id == group::kScanResult) return collectResults();
-  const auto start = Clock::now();
+  const auto start = now();
   auto table = std::make_shared<ModernTable>(m_group);
   const auto result =
       m_scan->runGroup([scan = m_scan, table, collect = m_collect] { collect(*scan, *table); });

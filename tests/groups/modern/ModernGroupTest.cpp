@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "groups/modern/Collectors.h"
+#include "tests/support/FakeHost.h"
 #include "tests/support/Rows.h"
 
 namespace quenlor {
@@ -119,6 +120,16 @@ TEST_F(ModernGroupTest, aGroupThatHangsTimesOutAndTheNextOneIsCollected) {
   EXPECT_GE(scan->results().back().time.count(), 50);
   EXPECT_NE(collect([](ModernScan&, ModernTable&) {}), nullptr);
   EXPECT_STREQ(status(), "complete");
+}
+
+TEST_F(ModernGroupTest, aGroupsTimeIsToldByTheMachinesClock) {
+  test::FakeHost fake;
+  fake.clocks[CLOCK_MONOTONIC] = {100, 900000000};
+  collect([](ModernScan&, ModernTable&) {
+    struct timespec& clock = static_cast<test::FakeHost&>(host()).clocks[CLOCK_MONOTONIC];
+    clock = {102, 400000000};
+  });
+  EXPECT_EQ(scan->results().back().time, Milliseconds(1500));
 }
 
 TEST_F(ModernGroupTest, groupsAfterTheScansLimitAreNotBegun) {
