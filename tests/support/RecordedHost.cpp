@@ -2,6 +2,7 @@
 // is in RecordedNetwork.cpp, its programs are in RecordedPrograms.cpp.
 #include "tests/support/RecordedHost.h"
 
+#include <linux/ethtool.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -45,6 +46,7 @@ RecordedHost::RecordedHost(const std::filesystem::path& directory)
       m_allowed(m_cpuid.processors()),
       m_fileSystems(parseFlatJson(optionalFile("statvfs.json"))),
       m_ethtool(parseFlatJson(optionalFile("ethtool.json"))),
+      m_netlink(optionalFile("network.txt")),
       m_scope(*this) {
   if (!std::filesystem::is_directory(directory)) {
     throw std::runtime_error("no recorded machine: " + directory.string());
@@ -53,6 +55,9 @@ RecordedHost::RecordedHost(const std::filesystem::path& directory)
   m_tree.addList(optionalFile("tree.txt"));
   m_tree.addFacts(optionalFile("facts"));
   eachLine(optionalFile("permissions"), [this](const std::string& line) { takePermission(line); });
+  for (const auto& [interface, info] : m_netlink.driverInfos()) {
+    m_ethtool[interface][std::to_string(ETHTOOL_GDRVINFO)] = info;
+  }
   takeUname(optionalFile("uname"));
   takeClocks(optionalFile("clock"));
   takeEnvironment(optionalFile("environment"));

@@ -14,6 +14,7 @@
 #include "host/Host.h"
 #include "tests/support/FlatJson.h"
 #include "tests/support/RecordedCpuid.h"
+#include "tests/support/RecordedNetlink.h"
 #include "tests/support/RecordedTree.h"
 
 namespace quenlor::test {
@@ -131,6 +132,7 @@ class RecordedHost : public Host {
     std::string output;
   };
   std::map<std::string, ProgramResult> m_programs;  // path and arguments, joined by bars
+  RecordedNetlink m_netlink;
 
   mutable std::mutex m_mutex;
   std::vector<std::string> m_forbidden;

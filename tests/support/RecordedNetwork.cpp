@@ -115,9 +115,13 @@ std::optional<std::string> RecordedHost::netlinkAnswer(int protocol, const std::
   const std::lock_guard lock(m_mutex);
   const std::string again = key + "." + std::to_string(++m_netlinkRequests[key]) + ".bin";
   const std::string name = std::filesystem::exists(m_directory / again) ? again : key + ".bin";
-  if (!std::filesystem::exists(m_directory / name)) return {};
-  std::string answer = optionalFile(name);
-  renumber(answer, header);
+  std::optional<std::string> answer;
+  if (std::filesystem::exists(m_directory / name)) {
+    answer = optionalFile(name);
+  } else {
+    answer = m_netlink.answer(protocol, header.nlmsg_type, family);
+  }
+  if (answer) renumber(*answer, header);
   return answer;
 }
 

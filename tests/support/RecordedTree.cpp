@@ -113,6 +113,14 @@ void setFact(RecordedNode& node, const std::string& key, const std::string& valu
 
 }  // namespace
 
+void eachRecordedLine(const std::string& text,
+                      const std::function<void(const std::string&)>& take) {
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    if (!line.empty() && line.front() != '#') eachExpansion(line, take);
+  }
+}
+
 std::vector<uint32_t> recordedNumbers(const std::string& list) {
   std::vector<uint32_t> numbers;
   std::istringstream stream(list);
@@ -179,7 +187,13 @@ void RecordedTree::addDirectory(const std::filesystem::path& directory) {
   }
 }
 
-void RecordedTree::addListLine(const std::string& line) {
+void RecordedTree::addListLine(std::string line) {
+  constexpr std::string_view kIn = "in /";
+  if (line.starts_with(kIn)) {
+    m_base = line.substr(kIn.size() - 1) + "/";
+    return;
+  }
+  if (line.front() != '/') line.insert(0, m_base);
   const size_t value = line.find(" = ");
   const size_t link = line.find(" -> ");
   if (value != std::string::npos && value < link) {
@@ -194,11 +208,8 @@ void RecordedTree::addListLine(const std::string& line) {
 }
 
 void RecordedTree::addList(const std::string& text) {
-  std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) {
-    if (line.empty() || line.front() == '#') continue;
-    eachExpansion(line, [this](const std::string& one) { addListLine(one); });
-  }
+  m_base.clear();
+  eachRecordedLine(text, [this](const std::string& line) { addListLine(line); });
 }
 
 void RecordedTree::addFacts(const std::string& text) {

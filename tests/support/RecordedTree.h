@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <ctime>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -53,12 +54,17 @@ class RecordedTree {
 
  private:
   RecordedNode& nodeAt(std::string_view path, mode_t type);
-  void addListLine(const std::string& line);
+  void addListLine(std::string line);
   void addNamed(const std::string& path, mode_t type, const std::string& bytes);
 
   RecordedNode m_root;
   uint64_t m_nextInode = 2;
+  std::string m_base;  // of the list's paths that do not begin with a slash
 };
+
+// Calls `take` with each line that is neither empty nor a comment, once for each number that a
+// "{0-3,8}" in it names; "{}" behind it repeats the number.
+void eachRecordedLine(const std::string& text, const std::function<void(const std::string&)>& take);
 
 // "0-3,8" as numbers; throws std::runtime_error for anything else.
 std::vector<uint32_t> recordedNumbers(const std::string& list);
