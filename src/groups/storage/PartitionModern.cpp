@@ -82,10 +82,17 @@ bool isUnanswered(const FileSystemSize& size) {
   return size.outcome == WorkerPool::Outcome::kNoAnswer;
 }
 
-// Mounts are told without the devices below them too.
-void noteDevices(const Outcome& devices, Outcome& outcome) {
-  if (devices.status() == OutcomeStatus::kComplete) return;
-  outcome.note(OutcomeStatus::kPartial, devices.reason());
+bool tellsNothing(const Outcome& source) {
+  return source.status() == OutcomeStatus::kNoSource || source.status() == OutcomeStatus::kRefused;
+}
+
+// Mounts are told without the devices below them, and partitions without the mounts.
+void noteSources(const Outcome& devices, const Outcome& mounts, Outcome& outcome) {
+  const bool isNothingTold = tellsNothing(devices) && tellsNothing(mounts);
+  for (const Outcome* source : {&devices, &mounts}) {
+    if (source->status() == OutcomeStatus::kComplete) continue;
+    outcome.note(isNothingTold ? source->status() : OutcomeStatus::kPartial, source->reason());
+  }
 }
 
 // At a mount point that another mount hides, statvfs would tell of the other one.
@@ -164,15 +171,14 @@ void collectPartition(ModernScan& scan, ModernTable& table) {
   const BlockInventory* inventory = scan.blockDevices(table.outcome());
   const MountFacts* mounts = scan.mounts(table.outcome());
   const BlockInventory noDevices;
-  if (inventory != nullptr) noteDevices(inventory->tree.outcome, table.outcome());
   if (mounts == nullptr) return;
-  table.outcome().merge(mounts->table.outcome);
+  const BlockInventory& devices = inventory == nullptr ? noDevices : *inventory;
+  noteSources(devices.tree.outcome, mounts->table.outcome, table.outcome());
   table.outcome().merge(mounts->swaps.outcome);
   const std::vector<MountedFileSystem> systems = fileSystemsOf(mounts->table.mounts);
   const Milliseconds limit = std::min(scan.limit(), Milliseconds(scan.settings().mountLimit));
   const auto spaces = measure(systems, limit, table.outcome());
-  for (const PartitionRow& row : partitionRows(inventory == nullptr ? noDevices : *inventory,
-                                               mounts->swaps, systems, spaces)) {
+  for (const PartitionRow& row : partitionRows(devices, mounts->swaps, systems, spaces)) {
     addRow(table, row);
   }
 }

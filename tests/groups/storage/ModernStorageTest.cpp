@@ -293,6 +293,24 @@ TEST(ModernPartition, mountsAreToldWithoutSysfsToo) {
   EXPECT_EQ(collected.outcome.reason(), "block devices: no sysfs");
 }
 
+TEST(ModernPartition, withoutSysfsAndMountTableNothingTells) {
+  const test::FakeHost machine;
+  const Collected collected = partitions();
+  EXPECT_TRUE(collected.rows.empty());
+  EXPECT_EQ(collected.outcome.status(), OutcomeStatus::kNoSource);
+  EXPECT_EQ(collected.outcome.reason(), "block devices: no sysfs; mounts: no table");
+}
+
+TEST(ModernPartition, partitionsAreToldWithoutMountTableToo) {
+  BlockMachine machine;
+  addDisk(machine);
+  addPartition(machine, "sda1", 1);
+  const Collected collected = partitions();
+  ASSERT_EQ(collected.rows.size(), 1u);
+  EXPECT_EQ(collected.outcome.status(), OutcomeStatus::kPartial);
+  EXPECT_EQ(collected.outcome.reason(), "mounts: no table");
+}
+
 TEST(ModernPartition, deadServersCostTheirLimitOnce) {
   BlockMachine machine;
   machine.files["/proc/self/mountinfo"] =
