@@ -13,6 +13,7 @@ namespace quenlor::test {
 
 class RecordedCpuid {
  public:
+  RecordedCpuid() = default;
   // Throws std::runtime_error for a line of no known form.
   explicit RecordedCpuid(const std::string& text);
 

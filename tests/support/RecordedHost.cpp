@@ -13,6 +13,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "tests/support/RecordedFirmware.h"
+
 namespace quenlor::test {
 namespace {
 
@@ -26,6 +28,13 @@ void eachLine(const std::string& text, const std::function<void(const std::strin
   }
 }
 
+std::string contentOf(const std::filesystem::path& file) {
+  std::ostringstream content;
+  std::ifstream stream(file, std::ios::binary);
+  if (stream) content << stream.rdbuf();
+  return content.str();
+}
+
 struct timespec timeOf(double seconds) {
   const double whole = std::floor(seconds);
   return {static_cast<time_t>(whole), static_cast<long>((seconds - whole) * 1e9)};
@@ -33,35 +42,54 @@ struct timespec timeOf(double seconds) {
 
 }  // namespace
 
-std::string RecordedHost::optionalFile(const std::string& name) const {
-  std::ostringstream content;
-  std::ifstream stream(m_directory / name, std::ios::binary);
-  if (stream) content << stream.rdbuf();
-  return content.str();
+// That of the machine itself, else of the last one that it is like.
+std::optional<std::filesystem::path> RecordedHost::fileOf(const std::string& name) const {
+  for (auto directory = m_directories.rbegin(); directory != m_directories.rend(); ++directory) {
+    if (std::filesystem::exists(*directory / name)) return *directory / name;
+  }
+  return {};
 }
 
-RecordedHost::RecordedHost(const std::filesystem::path& directory)
-    : m_directory(directory),
-      m_cpuid(optionalFile("cpuid.txt")),
-      m_allowed(m_cpuid.processors()),
-      m_fileSystems(parseFlatJson(optionalFile("statvfs.json"))),
-      m_ethtool(parseFlatJson(optionalFile("ethtool.json"))),
-      m_netlink(optionalFile("network.txt")),
-      m_scope(*this) {
+std::string RecordedHost::optionalFile(const std::string& name) const {
+  const auto file = fileOf(name);
+  return file ? contentOf(*file) : std::string();
+}
+
+void RecordedHost::addDirectories(const std::filesystem::path& directory) {
   if (!std::filesystem::is_directory(directory)) {
     throw std::runtime_error("no recorded machine: " + directory.string());
   }
+  eachLine(contentOf(directory / "like"),
+           [&](const std::string& other) { addDirectories(directory.parent_path() / other); });
+  m_directories.push_back(directory);
   if (std::filesystem::is_directory(directory / "root")) m_tree.addDirectory(directory / "root");
-  m_tree.addList(optionalFile("tree.txt"));
-  m_tree.addFacts(optionalFile("facts"));
-  eachLine(optionalFile("permissions"), [this](const std::string& line) { takePermission(line); });
+  m_tree.addList(contentOf(directory / "tree.txt"));
+}
+
+RecordedHost::RecordedHost(const std::filesystem::path& directory) : m_scope(*this) {
+  addDirectories(directory);
+  m_cpuid = RecordedCpuid(optionalFile("cpuid.txt"));
+  m_allowed = m_cpuid.processors();
+  m_fileSystems = parseFlatJson(optionalFile("statvfs.json"));
+  m_ethtool = parseFlatJson(optionalFile("ethtool.json"));
+  m_netlink = RecordedNetlink(optionalFile("network.txt"));
   for (const auto& [interface, info] : m_netlink.driverInfos()) {
     m_ethtool[interface][std::to_string(ETHTOOL_GDRVINFO)] = info;
   }
+  addFirmware(optionalFile("firmware.txt"));
+  m_tree.addFacts(optionalFile("facts"));
+  eachLine(optionalFile("permissions"), [this](const std::string& line) { takePermission(line); });
   takeUname(optionalFile("uname"));
   takeClocks(optionalFile("clock"));
   takeEnvironment(optionalFile("environment"));
   eachLine(optionalFile("programs.txt"), [this](const std::string& line) { takeProgram(line); });
+}
+
+void RecordedHost::addFirmware(const std::string& text) {
+  if (text.empty()) return;
+  const RecordedFirmware firmware = parseRecordedFirmware(text);
+  m_tree.addFile("/sys/firmware/dmi/tables/smbios_entry_point", firmware.entryPoint);
+  m_tree.addFile("/sys/firmware/dmi/tables/DMI", firmware.table);
 }
 
 void RecordedHost::takePermission(const std::string& line) {
@@ -162,10 +190,7 @@ int RecordedHost::uname(struct utsname* out) {
 
 int RecordedHost::sysinfo(struct sysinfo* out) {
   *out = {};
-  struct timespec boot {};
-  clockGettime(CLOCK_BOOTTIME, &boot);
-  out->uptime = boot.tv_sec;
-  return 0;
+  return fail(ENOSYS);
 }
 
 int RecordedHost::getNprocs() { return static_cast<int>(std::max<size_t>(m_allowed.size(), 1)); }

@@ -104,7 +104,10 @@ class RecordedHost : public Host {
     bool atRead = false;
   };
 
+  std::optional<std::filesystem::path> fileOf(const std::string& name) const;
   std::string optionalFile(const std::string& name) const;
+  void addDirectories(const std::filesystem::path& directory);
+  void addFirmware(const std::string& text);
   void takePermission(const std::string& line);
   void takeUname(const std::string& text);
   void takeClocks(const std::string& text);
@@ -116,7 +119,7 @@ class RecordedHost : public Host {
   int ethtool(void* argument) const;
   std::optional<std::string> netlinkAnswer(int protocol, const std::string& request);
 
-  std::filesystem::path m_directory;
+  std::vector<std::filesystem::path> m_directories;  // what this machine is like, itself last
   RecordedTree m_tree;
   RecordedCpuid m_cpuid;
   std::vector<uint32_t> m_allowed;

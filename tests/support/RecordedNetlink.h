@@ -11,6 +11,7 @@ namespace quenlor::test {
 
 class RecordedNetlink {
  public:
+  RecordedNetlink() = default;
   // Throws std::runtime_error for a line of no known form. Of an empty text nothing is answered.
   explicit RecordedNetlink(const std::string& text);
 

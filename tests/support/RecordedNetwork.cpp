@@ -114,10 +114,11 @@ std::optional<std::string> RecordedHost::netlinkAnswer(int protocol, const std::
                           std::to_string(header.nlmsg_type) + "-" + std::to_string(family);
   const std::lock_guard lock(m_mutex);
   const std::string again = key + "." + std::to_string(++m_netlinkRequests[key]) + ".bin";
-  const std::string name = std::filesystem::exists(m_directory / again) ? again : key + ".bin";
   std::optional<std::string> answer;
-  if (std::filesystem::exists(m_directory / name)) {
-    answer = optionalFile(name);
+  if (fileOf(again)) {
+    answer = optionalFile(again);
+  } else if (fileOf(key + ".bin")) {
+    answer = optionalFile(key + ".bin");
   } else {
     answer = m_netlink.answer(protocol, header.nlmsg_type, family);
   }

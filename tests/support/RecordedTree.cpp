@@ -173,6 +173,10 @@ void RecordedTree::addNamed(const std::string& path, mode_t type, const std::str
   nodeAt(path, type).bytes = bytes;
 }
 
+void RecordedTree::addFile(const std::string& path, const std::string& bytes) {
+  addNamed(path, S_IFREG, bytes);
+}
+
 void RecordedTree::addDirectory(const std::filesystem::path& directory) {
   using std::filesystem::recursive_directory_iterator;
   for (const auto& entry : recursive_directory_iterator(directory)) {

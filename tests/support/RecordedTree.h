@@ -46,6 +46,8 @@ class RecordedTree {
   void addDirectory(const std::filesystem::path& directory);
   // The lines of tree.txt (tests/recorded/README.md); throws std::runtime_error for any other line.
   void addList(const std::string& text);
+  // A file of its own.
+  void addFile(const std::string& path, const std::string& bytes);
   // The lines of "facts"; throws likewise.
   void addFacts(const std::string& text);
 
