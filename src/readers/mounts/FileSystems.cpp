@@ -137,13 +137,12 @@ std::string identityOf(const Mount& mount) {
   return std::to_string(mount.major) + ":" + std::to_string(mount.minor);
 }
 
-// True if the left mount shows the file system better: one that a path leads to, then the one of
-// the whole file system, then the nearest to the root of all.
-bool isBetter(const Mount& left, const Mount& right) {
-  if (left.isHidden != right.isHidden) return right.isHidden;
-  if (left.root.size() != right.root.size()) return left.root.size() < right.root.size();
-  if (left.point.size() != right.point.size()) return left.point.size() < right.point.size();
-  return left.id < right.id;
+// True if a later mount shows the file system better than an earlier one: a path leads to it, or it
+// shows more of the whole. Among equals the first stays: the kernel's table is in the order of
+// mounting, while ids are given away again.
+bool isBetter(const Mount& later, const Mount& earlier) {
+  if (later.isHidden != earlier.isHidden) return earlier.isHidden;
+  return later.root.size() < earlier.root.size();
 }
 
 }  // namespace

@@ -59,6 +59,13 @@ TEST(FileSystems, bindMountsCountAsFurtherOnes) {
             "/ /data+2");
 }
 
+// A bind mount of the whole may stand nearer to the root, and the kernel gives ids away again.
+TEST(FileSystems, ofSeveralMountsOfTheWholeTheFirstInTheTableIsShown) {
+  EXPECT_EQ(shown(std::string(kRoot) + "32 20 8:2 / /srv/data/web rw - xfs /dev/sda2 rw\n"
+                                       "22 20 8:2 / /w rw - xfs /dev/sda2 rw\n"),
+            "/ /srv/data/web+1");
+}
+
 TEST(FileSystems, whereOnlyBindMountsAreSeenTheShortestRootIsTaken) {
   EXPECT_EQ(shown(std::string(kRoot) + "21 20 8:2 /a/b/c /x rw - xfs /dev/sda2 rw\n"
                                        "22 20 8:2 /a /longer rw - xfs /dev/sda2 rw\n"),
