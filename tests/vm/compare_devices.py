@@ -5,6 +5,7 @@ import json
 import re
 import uuid
 
+from dmidecode import Dmi
 from inventory import Inventory, list_entries, mif_tables
 
 HARD_DISK, CD_ROM, FLOPPY = "Hard Disk", "CD-ROM", "Floppy/Diskette"
@@ -189,23 +190,6 @@ def compare_pci(results, inventory, comparison):
 
 
 # --- firmware ---
-
-class Dmi:
-    """dmidecode's output: structures of a type as dicts of label to text."""
-
-    def __init__(self, listing):
-        self._structures = []
-        for block in listing.split("\n\n"):
-            if match := re.search(r"DMI type (\d+),", block):
-                fields = dict(re.findall(r"^\t([^\t:]+): (.*)$", block, re.MULTILINE))
-                self._structures.append((int(match[1]), fields))
-
-    def all(self, kind):
-        return [fields for number, fields in self._structures if number == kind]
-
-    def first(self, kind):
-        return self.all(kind)[0]
-
 
 def compare_firmware(inventory, dmi, comparison):
     bios, system, board, enclosure = (dmi.first(kind) for kind in range(4))

@@ -18,6 +18,19 @@ class Comparison:
         for name, value in expected.items():
             self.equal(f"{what} {name}", scanner.get(name, "(absent)"), value)
 
+    def whole_row(self, what, scanner, expected, unchecked=()):
+        """Every value that either side has; expected None is a value that must not be there."""
+        for name in [*expected, *(name for name in scanner if name not in expected)]:
+            if name in unchecked:
+                continue
+            wanted = expected.get(name)
+            self.equal(f"{what} {name}", scanner.get(name, "(absent)"), "(absent)" if wanted is None else wanted)
+
+    def whole_rows(self, what, scanner, expected, unchecked=()):
+        self.equal(f"{what}: rows", len(scanner), len(expected))
+        for i, (found, wanted) in enumerate(zip(scanner, expected), 1):
+            self.whole_row(f"{what} {i}", found, {"Index": i, **wanted}, unchecked)
+
     def rows(self, what, scanner, expected):
         self.equal(f"{what}: rows", len(scanner), len(expected))
         for i, (found, wanted) in enumerate(zip(scanner, expected), 1):

@@ -6,7 +6,9 @@ import subprocess
 import tarfile
 from pathlib import Path
 
-from image import Unavailable, kernel_file, need_program
+from image import Unavailable, initramfs_file, kernel_file, need_program
+from media import Medium, drive_arguments
+from modern_machine import modern_arguments
 
 FIRMWARE = {
     0: {"vendor": "ACME Firmware", "version": "7.3b", "date": "04/18/2009", "release": "4.6"},
@@ -22,18 +24,21 @@ FIRMWARE = {
          "asset": "MA1", "part": "MP1", "speed": "1333"},
 }
 MACS = ("52:54:00:12:34:01", "52:54:00:12:34:02")
-# Identity given to the drives; size in MiB of the medium.
 DRIVES = (
-    {"id": "scsi0", "device": "scsi-hd,bus=hba.0,scsi-id=0,vendor=ACME,product=BIG DISK 9000XL,"
-     "serial=SCSI-SN-0001", "mebibytes": 300},
-    {"id": "scsi1", "device": "scsi-hd,bus=hba.0,scsi-id=1,vendor=WIDGET,product=FASTDISK,"
-     "serial=W0002", "mebibytes": 1500, "content": "ext2"},
-    {"id": "scsi3", "device": "scsi-cd,bus=hba.0,scsi-id=3,vendor=ACME,product=SCSI CDROM,"
-     "serial=CD-SN-3", "mebibytes": 4},
-    {"id": "ide0", "device": "ide-hd,bus=ide.0,unit=0,model=ACME ATA DISK,serial=ATA-0001",
-     "mebibytes": 64, "content": "swap"},
-    {"id": "ide1", "device": "ide-cd,bus=ide.1,unit=0,model=ACME DVD,serial=DVD-1", "mebibytes": 2},
+    (Medium("scsi0", 300),
+     "scsi-hd,bus=hba.0,scsi-id=0,vendor=ACME,product=BIG DISK 9000XL,serial=SCSI-SN-0001"),
+    (Medium("scsi1", 1500, content="ext2"),
+     "scsi-hd,bus=hba.0,scsi-id=1,vendor=WIDGET,product=FASTDISK,serial=W0002"),
+    (Medium("scsi3", 4), "scsi-cd,bus=hba.0,scsi-id=3,vendor=ACME,product=SCSI CDROM,serial=CD-SN-3"),
+    (Medium("ide0", 64, content="swap"), "ide-hd,bus=ide.0,unit=0,model=ACME ATA DISK,serial=ATA-0001"),
+    (Medium("ide1", 2), "ide-cd,bus=ide.1,unit=0,model=ACME DVD,serial=DVD-1"),
 )
+PARAVIRTUAL_DRIVES = (
+    (Medium("pv0", 16), "scsi-hd,bus=hba.0,scsi-id=0,vendor=ACME,product=PV DISK,serial=PV-SN-0"),
+    (Medium("pv1", 16), "scsi-hd,bus=hba.0,scsi-id=1,vendor=ACME,product=PV DISK,serial=PV-SN-1"),
+    (Medium("pv2", 4), "scsi-cd,bus=hba.0,scsi-id=2,vendor=ACME,product=PV CDROM,serial=PV-SN-2"),
+)
+FLOPPY = Medium("floppy", 1440 / 1024, content="dos")
 
 
 def devices_arguments(work):
@@ -42,8 +47,8 @@ def devices_arguments(work):
     for number, values in FIRMWARE.items():
         texts = ",".join(f"{key}={value}" for key, value in values.items())
         arguments += ["-smbios", f"type={number},{texts}"]
-    arguments += _drive_arguments(work, DRIVES)
-    arguments += ["-drive", f"if=floppy,file={_medium(work, 'floppy', 1440, 'dos')},format=raw"]
+    arguments += drive_arguments(work, DRIVES)
+    arguments += ["-drive", f"if=floppy,file={FLOPPY.make(work)},format=raw"]
     for i, mac in enumerate(MACS):
         arguments += ["-netdev", f"hubport,id=net{i},hubid={i}",
                       "-device", f"e1000,netdev=net{i},mac={mac}"]
@@ -57,13 +62,7 @@ def processors_arguments(_work):
 
 def pvscsi_arguments(work):
     """Two disks and a CD behind the paravirtual adapter."""
-    drives = ({"id": "pv0", "device": "scsi-hd,bus=hba.0,scsi-id=0,vendor=ACME,product=PV DISK,"
-               "serial=PV-SN-0", "mebibytes": 16},
-              {"id": "pv1", "device": "scsi-hd,bus=hba.0,scsi-id=1,vendor=ACME,product=PV DISK,"
-               "serial=PV-SN-1", "mebibytes": 16},
-              {"id": "pv2", "device": "scsi-cd,bus=hba.0,scsi-id=2,vendor=ACME,product=PV CDROM,"
-               "serial=PV-SN-2", "mebibytes": 4})
-    return ["-m", "512", "-device", "pvscsi,id=hba", *_drive_arguments(work, drives)]
+    return ["-m", "512", "-device", "pvscsi,id=hba", *drive_arguments(work, PARAVIRTUAL_DRIVES)]
 
 
 def nodes_arguments(_work):
@@ -71,51 +70,33 @@ def nodes_arguments(_work):
     return ["-m", "1024"]
 
 
-SCENARIOS = {"devices": devices_arguments, "processors": processors_arguments,
-             "pvscsi": pvscsi_arguments, "nodes": nodes_arguments}
+# The machine of each scenario, and the image that it boots.
+SCENARIOS = {"devices": (devices_arguments, "classic"), "processors": (processors_arguments, "classic"),
+             "pvscsi": (pvscsi_arguments, "classic"), "nodes": (nodes_arguments, "classic"),
+             "modern": (modern_arguments, "modern")}
 
 
-def _drive_arguments(work, drives):
-    arguments = []
-    for drive in drives:
-        medium = _medium(work, drive["id"], drive["mebibytes"] * 1024, drive.get("content"))
-        kind = "cdrom,readonly=on" if "-cd," in drive["device"] else "disk"
-        arguments += ["-drive", f"if=none,id={drive['id']},file={medium},format=raw,media={kind}",
-                      "-device", f"{drive['device']},drive={drive['id']}"]
-    return arguments
-
-
-def _medium(work, name, kibibytes, content=None):
-    path = work / f"{name}.img"
-    path.unlink(missing_ok=True)
-    with open(path, "wb") as stream:
-        stream.truncate(kibibytes * 1024)
-    make = {"ext2": ["/sbin/mke2fs", "-q", "-t", "ext2"], "swap": ["/sbin/mkswap"],
-            "dos": ["busybox", "mkdosfs"]}.get(content)
-    if make:
-        subprocess.run([*make, path], check=True, capture_output=True)
-    return path
-
-
-def run_scenario(name, work, kernel, initramfs, seconds):
-    """Boots, waits for the end, and returns the guest's result files by name."""
+def run_scenario(name, work, kernel, images, seconds):
+    """Boots an image of the directory `images`, waits for the end, and returns the guest's result
+    files by name."""
     need_program("qemu-system-x86_64", "qemu-system-x86")
     work.mkdir(parents=True, exist_ok=True)
     results = work / "results.tar"
     results.unlink(missing_ok=True)
     console = work / "console.log"
+    arguments, kit = SCENARIOS[name]
     command = [
         "qemu-system-x86_64", "-nodefaults", "-no-user-config", "-display", "none", "-no-reboot",
         # Emulation by default: KVM in a machine that is itself virtual is often there but broken.
         "-accel", os.environ.get("QUENLOR_VM_ACCEL", "tcg"), "-cpu", "Nehalem",
         "-machine", "pc,smbios-entry-point-type=32,vmport=on",
-        "-kernel", kernel_file(kernel), "-initrd", initramfs,
+        "-kernel", kernel_file(kernel), "-initrd", initramfs_file(images, kit),
         "-append", "console=ttyS0 quiet loglevel=4 panic=-1 net.ifnames=0 mitigations=off "
                    f"scenario={name}",
         "-serial", "stdio", "-device", "virtio-serial-pci",
         "-chardev", f"file,id=results,path={results}",
         "-device", "virtserialport,chardev=results,name=results",
-        *SCENARIOS[name](work),
+        *arguments(work),
     ]
     with open(console, "wb") as stream:
         try:

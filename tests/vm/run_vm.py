@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Builds the virtual machine's image, or boots one scenario and compares what the scanner said there.
 
-    run_vm.py --work DIR image --build DIR --helpers DIR
-    run_vm.py --work DIR devices|processors|pvscsi|nodes
+    run_vm.py --work DIR image --build DIR --helpers DIR KIT...
+    run_vm.py --work DIR devices|modern|nodes|processors|pvscsi
 """
 
 import argparse
@@ -15,15 +15,18 @@ HERE = Path(__file__).resolve().parent
 sys.path[:0] = [str(HERE), str(HERE.parent / "machines")]
 
 import compare_devices  # noqa: E402
+import compare_modern  # noqa: E402
 import compare_nodes  # noqa: E402
 import compare_processors  # noqa: E402
 import compare_pvscsi  # noqa: E402
 import image  # noqa: E402
 import qemu  # noqa: E402
 from comparison import Comparison  # noqa: E402
+from kits import KITS  # noqa: E402
 
 COMPARE = {"devices": compare_devices.compare, "processors": compare_processors.compare,
-           "pvscsi": compare_pvscsi.compare, "nodes": compare_nodes.compare}
+           "pvscsi": compare_pvscsi.compare, "nodes": compare_nodes.compare,
+           "modern": compare_modern.compare}
 BOOT_LIMIT = 240  # seconds; a boot takes about 20 on an idle machine, many times that on a busy one
 
 
@@ -35,6 +38,7 @@ def parse_arguments():
     build = commands.add_parser("image")
     build.add_argument("--build", type=Path, required=True, help="build tree to install from")
     build.add_argument("--helpers", type=Path, required=True, help="programs of this folder")
+    build.add_argument("kits", nargs="+", choices=KITS, metavar="KIT", help="image to build")
     for scenario in COMPARE:
         commands.add_parser(scenario)
     return parser.parse_args()
@@ -43,7 +47,7 @@ def parse_arguments():
 def compare_scenario(name, work):
     kernel = image.fetch_kernel(work / "cache")
     start = time.monotonic()
-    results = qemu.run_scenario(name, work / name, kernel, work / "initramfs", BOOT_LIMIT)
+    results = qemu.run_scenario(name, work / name, kernel, work, BOOT_LIMIT)
     keep_results(results, work / name / "results")
     comparison = Comparison()
     COMPARE[name](results, comparison)
@@ -64,7 +68,8 @@ def main():
     try:
         if arguments.command == "image":
             kernel = image.fetch_kernel(arguments.work / "cache")
-            image.build_initramfs(arguments.work, kernel, arguments.build, arguments.helpers)
+            for kit in arguments.kits:
+                image.build_initramfs(arguments.work, kernel, arguments.build, arguments.helpers, kit)
             return 0
         return 0 if compare_scenario(arguments.command, arguments.work) else 1
     except image.Unavailable as reason:
