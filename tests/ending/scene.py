@@ -70,8 +70,7 @@ class Scene:
             os.chroot(self.root)
             os.chdir("/")
             if self._sanitizer:
-                with suppress(FileExistsError):
-                    show_own_processes(os.getpid())
+                show_own_processes(os.getpid())
             if before:
                 before()
         keywords = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE,

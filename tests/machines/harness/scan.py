@@ -5,6 +5,7 @@ import os
 import resource
 import subprocess
 import time
+from contextlib import suppress
 from pathlib import Path
 
 from harness import facts, namespace
@@ -146,10 +147,11 @@ class Scan:
 
 
 def show_own_processes(first):
-    """The leak checker looks its process up by number, the parent's and that of the scan, its child: the
-    next one in this namespace."""
-    for number in (first, first + 1):
-        os.symlink(f"/{KERNEL}/{number}", f"/proc/{number}")
+    """The leak checker looks its process up by number, the parent's and that of the scan, its child: one of
+    the next in this namespace, where other scans may start at the same time."""
+    for number in range(first, first + 32):
+        with suppress(FileExistsError):
+            os.symlink(f"/{KERNEL}/{number}", f"/proc/{number}")
 
 
 def difference(expected, found, name):
