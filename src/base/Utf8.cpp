@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <optional>
 
 #include "base/Text.h"
 
@@ -26,8 +25,20 @@ bool isCodePoint(uint32_t value, uint32_t smallest) {
   return value >= smallest && value <= 0x10FFFF && (value < 0xD800 || value > 0xDFFF);
 }
 
-// The sequence at the start of `bytes`, which is not empty; nothing when it is none.
-std::optional<std::pair<char32_t, size_t>> decode(std::string_view bytes) {
+bool isControl(char32_t c) {
+  return c < 0x20 || (c >= 0x7F && c <= 0x9F) || (c >= 0x202A && c <= 0x202E) ||
+         (c >= 0x2066 && c <= 0x2069);
+}
+
+std::string_view withoutBlanks(std::string_view bytes) {
+  const size_t first = bytes.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) return {};
+  return bytes.substr(first, bytes.find_last_not_of(kBlanks) - first + 1);
+}
+
+}  // namespace
+
+std::optional<std::pair<char32_t, size_t>> decodeUtf8(std::string_view bytes) {
   const auto first = static_cast<uint8_t>(bytes[0]);
   const auto* form = std::find_if(std::begin(kSequences), std::end(kSequences),
                                   [&](const auto& s) { return (first & s.mask) == s.lead; });
@@ -42,23 +53,10 @@ std::optional<std::pair<char32_t, size_t>> decode(std::string_view bytes) {
   return std::pair{static_cast<char32_t>(value), form->length};
 }
 
-bool isControl(char32_t c) {
-  return c < 0x20 || (c >= 0x7F && c <= 0x9F) || (c >= 0x202A && c <= 0x202E) ||
-         (c >= 0x2066 && c <= 0x2069);
-}
-
-std::string_view withoutBlanks(std::string_view bytes) {
-  const size_t first = bytes.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return bytes.substr(first, bytes.find_last_not_of(kBlanks) - first + 1);
-}
-
-}  // namespace
-
 std::u32string cleanCharacters(std::string_view bytes, size_t longest) {
   std::u32string text;
   for (bytes = withoutBlanks(bytes); !bytes.empty() && text.size() < longest;) {
-    const auto decoded = decode(bytes);
+    const auto decoded = decodeUtf8(bytes);
     const bool isClean = decoded && !isControl(decoded->first);
     text += isClean ? decoded->first : static_cast<char32_t>(kReplacementCharacter);
     bytes.remove_prefix(decoded ? decoded->second : 1);

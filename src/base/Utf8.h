@@ -2,13 +2,19 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quenlor {
 
 inline constexpr size_t kLongestText = 255;  // characters
+
+// The character at the start of `bytes`, which are not empty, and how many of them it takes;
+// nothing when they are no UTF-8 (RFC 3629).
+std::optional<std::pair<char32_t, size_t>> decodeUtf8(std::string_view bytes);
 
 // The bytes as characters: each byte that is not UTF-8 (RFC 3629), each control (C0, DEL, C1) and
 // each bidirectional control (U+202A to U+202E, U+2066 to U+2069) becomes U+FFFD; blanks at both

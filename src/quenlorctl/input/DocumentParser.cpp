@@ -1,0 +1,232 @@
+#include "quenlorctl/input/DocumentParser.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+
+#include "quenlorctl/input/ElementBuilder.h"
+
+namespace quenlor::ctl {
+namespace {
+
+constexpr int kChunk = 65536;
+constexpr std::string_view kDeclaration = "<?xml";
+
+struct ParserEnd {
+  void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+};
+using Parser = std::unique_ptr<XML_ParserStruct, ParserEnd>;
+
+// The parser of one source. Expat takes one document; where it meets something behind the root's
+// end, that is where the next one starts.
+class StreamParser {
+ public:
+  StreamParser(ByteSource& source, const std::string& file, const InputSinks& sinks)
+      : m_source(source),
+        m_file(file),
+        m_sinks(sinks),
+        m_parser(XML_ParserCreate(nullptr)),
+        m_builder([this] { return place(); }) {
+    if (!m_parser) throw std::bad_alloc();
+  }
+
+  void run() {
+    do {
+      startDocument();
+      while (feed()) {
+      }
+    } while (!m_isAtEnd || !m_pending.empty());
+  }
+
+ private:
+  static StreamParser& self(void* user) { return *static_cast<StreamParser*>(user); }
+
+  static void onStart(void* user, const XML_Char* name, const XML_Char** attributes) {
+    self(user).refuseFor(self(user).m_builder.startElement(name, attributes));
+  }
+
+  static void onEnd(void* user, const XML_Char* name) {
+    StreamParser& at = self(user);
+    at.m_builder.endElement(name);
+    if (at.m_builder.isComplete()) XML_StopParser(at.m_parser.get(), XML_TRUE);
+  }
+
+  static void onText(void* user, const XML_Char* text, int size) {
+    self(user).refuseFor(self(user).m_builder.addText({text, static_cast<size_t>(size)}));
+  }
+
+  static void onSection(void* user) { self(user).m_builder.startSection(); }
+
+  static void onDoctype(void* user, const XML_Char*, const XML_Char*, const XML_Char*, int) {
+    self(user).refuseFor("a DOCTYPE is not taken");
+  }
+
+  void refuseFor(const std::optional<std::string>& reason) {
+    if (!reason || m_refusal) return;
+    m_refusal = reason;
+    XML_StopParser(m_parser.get(), XML_FALSE);
+  }
+
+  void startDocument() {
+    XML_ParserReset(m_parser.get(), nullptr);
+    XML_SetUserData(m_parser.get(), this);
+    XML_SetElementHandler(m_parser.get(), onStart, onEnd);
+    XML_SetCharacterDataHandler(m_parser.get(), onText);
+    XML_SetStartCdataSectionHandler(m_parser.get(), onSection);
+    XML_SetStartDoctypeDeclHandler(m_parser.get(), onDoctype);
+    m_builder.start(m_document);
+    m_document.setFile(m_file);
+    m_refusal.reset();
+    m_bytes.clear();
+    m_fed = 0;
+  }
+
+  // Parses the next bytes; false when this document is through.
+  bool feed() {
+    void* buffer = XML_GetBuffer(m_parser.get(), kChunk);
+    if (buffer == nullptr) throw std::bad_alloc();
+    const size_t count = take(static_cast<char*>(buffer));
+    if (m_sinks.wantsBytes) m_bytes.append(static_cast<const char*>(buffer), count);
+    m_fed += count;
+    const bool isFinal = count == 0;
+    return handled(XML_ParseBuffer(m_parser.get(), static_cast<int>(count), isFinal), isFinal);
+  }
+
+  bool handled(XML_Status status, bool isFinal) {
+    if (status == XML_STATUS_SUSPENDED) {
+      finishDocument();
+      status = XML_ResumeParser(m_parser.get());
+    }
+    if (status == XML_STATUS_ERROR) {
+      handleError();
+      return false;
+    }
+    if (m_builder.isComplete() || m_fed <= kMostBytes) return !isFinal;
+    m_refusal = "more than " + std::to_string(kMostBytes >> 20) + " MiB";
+    handleError();
+    return false;
+  }
+
+  void finishDocument() {
+    const XML_Parser parser = m_parser.get();
+    const auto end = static_cast<size_t>(XML_GetCurrentByteIndex(parser)) +
+                     static_cast<size_t>(XML_GetCurrentByteCount(parser));
+    if (m_sinks.wantsBytes) m_bytes.resize(std::min(end, m_bytes.size()));
+    if (m_document.isInventory() || m_sinks.wantsForeign) {
+      m_sinks.document(m_document, m_bytes);
+    } else {
+      const Finding& root = m_document.findings().front();
+      trouble(root.place, root.text);
+    }
+  }
+
+  // Behind a complete document starts the next one; else the rest is searched for one.
+  void handleError() {
+    const Place at = place();
+    const bool isNext = m_builder.isComplete() && !m_refusal;
+    const bool isAtStart = XML_GetCurrentByteIndex(m_parser.get()) <= 0;
+    if (!isNext) trouble(at, m_refusal ? *m_refusal : errorText());
+    keepRest();
+    m_base = at;
+    if (!isNext) skipToDeclaration(isAtStart ? 1 : 0);
+  }
+
+  std::string errorText() const {
+    const XML_Error error = XML_GetErrorCode(m_parser.get());
+    if (error == XML_ERROR_NO_ELEMENTS && !m_builder.hasRoot()) return "no document";
+    if (error == XML_ERROR_NO_ELEMENTS || error == XML_ERROR_UNCLOSED_TOKEN) {
+      return "the document is cut off";
+    }
+    return std::string("not XML: ") + XML_ErrorString(error);
+  }
+
+  // The bytes from where the parser stopped on are for the next one.
+  void keepRest() {
+    int offset = 0;
+    int size = 0;
+    const char* context = XML_GetInputContext(m_parser.get(), &offset, &size);
+    if (context == nullptr || offset > size) return;
+    m_pending.insert(0, context + offset, static_cast<size_t>(size - offset));
+  }
+
+  // Searches the pending bytes and the source for an XML declaration.
+  void skipToDeclaration(size_t from) {
+    for (;;) {
+      const size_t found = m_pending.find(kDeclaration, from);
+      if (found != m_pending.npos) return drop(found);
+      drop(m_pending.size() - std::min(m_pending.size(), kDeclaration.size() - 1));
+      if (!refill()) return drop(m_pending.size());
+      from = 0;
+    }
+  }
+
+  // The place follows what is dropped.
+  void drop(size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+      ++m_base.column;
+      if (m_pending[i] == '\n') m_base = {m_base.line + 1, 1};
+    }
+    m_pending.erase(0, count);
+  }
+
+  bool refill() {
+    const size_t before = m_pending.size();
+    m_pending.resize(before + kChunk);
+    const size_t count = readSource(m_pending.data() + before);
+    m_pending.resize(before + count);
+    return count != 0;
+  }
+
+  size_t take(char* buffer) {
+    if (m_pending.empty()) return readSource(buffer);
+    const size_t count = m_pending.copy(buffer, kChunk);
+    m_pending.erase(0, count);
+    return count;
+  }
+
+  size_t readSource(char* buffer) {
+    const size_t count = m_isAtEnd ? 0 : m_source.read(buffer, kChunk);
+    m_isAtEnd = count == 0;
+    return count;
+  }
+
+  // Where the parser stands, in the whole source.
+  Place place() const {
+    const uint64_t line = XML_GetCurrentLineNumber(m_parser.get());
+    const uint64_t column = XML_GetCurrentColumnNumber(m_parser.get());
+    if (line == 1) return {m_base.line, m_base.column + column};
+    return {m_base.line + line - 1, column + 1};
+  }
+
+  void trouble(const Place& at, const std::string& text) { m_sinks.trouble({m_file, at, text}); }
+
+  friend void quenlor::ctl::parseDocuments(ByteSource&, const std::string&, const InputSinks&);
+
+  ByteSource& m_source;
+  const std::string& m_file;
+  const InputSinks& m_sinks;
+  Parser m_parser;
+  ElementBuilder m_builder;
+  Document m_document;
+  std::optional<std::string> m_refusal;
+  std::string m_bytes;    // of the document so far, where they are wanted
+  std::string m_pending;  // read, and for the next document
+  size_t m_fed = 0;       // bytes that the parser has of this document
+  Place m_base{1, 1};     // where the document starts
+  bool m_isAtEnd = false;
+};
+
+}  // namespace
+
+void parseDocuments(ByteSource& source, const std::string& file, const InputSinks& sinks) {
+  StreamParser parser(source, file, sinks);
+  try {
+    parser.run();
+  } catch (const InputError& error) {
+    sinks.trouble({file, parser.place(), error.what()});
+  }
+}
+
+}  // namespace quenlor::ctl

@@ -1,0 +1,202 @@
+#include "quenlorctl/input/ElementBuilder.h"
+
+#include <charconv>
+#include <cstring>
+
+#include "quenlorctl/input/DocumentParser.h"
+
+namespace quenlor::ctl {
+namespace {
+
+constexpr std::string_view kRoot = "Hardware";
+constexpr std::string_view kBlanks = " \t\r\n";
+
+enum Depth : size_t { kRootDepth = 1, kGroupDepth = 2, kValueDepth = 3 };
+
+bool isInteger(std::string_view text) {
+  if (text.starts_with('+')) {
+    text.remove_prefix(1);
+    if (text.starts_with('-')) return false;
+  }
+  int32_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return error == std::errc() && end == text.data() + text.size();
+}
+
+// What any element may carry: declarations of prefixes, and where a schema is.
+bool isOfXml(std::string_view name, std::string_view value) {
+  if (name == "xmlns") return value.empty();
+  return name.starts_with("xmlns:") || name == "xsi:schemaLocation" ||
+         name == "xsi:noNamespaceSchemaLocation";
+}
+
+std::string quoted(std::string_view name) { return "\"" + std::string(name) + "\""; }
+
+}  // namespace
+
+void ElementBuilder::start(Document& document) {
+  m_document = &document;
+  document.clear();
+  m_depth = m_elements = 0;
+  m_groupHint = m_fieldHint = 0;
+  m_hasRoot = false;
+  m_nestedTexts.clear();
+  m_nested.clear();
+}
+
+std::optional<std::string> ElementBuilder::startElement(std::string_view name,
+                                                        Attributes attributes) {
+  if (++m_elements > kMostElements) {
+    return "more than " + std::to_string(kMostElements) + " elements";
+  }
+  if (++m_depth > kMostDepth) {
+    return "elements are nested more than " + std::to_string(kMostDepth) + " deep";
+  }
+  if (m_depth == kRootDepth) {
+    startRoot(name, attributes);
+  } else if (m_depth == kGroupDepth) {
+    startGroup(name, attributes);
+  } else if (m_depth == kValueDepth) {
+    startValue(name, attributes);
+  } else {
+    startNested(name);
+  }
+  return {};
+}
+
+void ElementBuilder::startRoot(std::string_view name, Attributes attributes) {
+  m_hasRoot = true;
+  if (name == kRoot) {
+    checkNoAttributes(attributes);
+  } else {
+    find("the root element is " + quoted(name) + ", not " + quoted(kRoot));
+    m_document->setForeignRoot();
+  }
+}
+
+void ElementBuilder::startGroup(std::string_view name, Attributes attributes) {
+  m_group = findGroupElement(name, m_groupHint);
+  m_fieldHint = 0;
+  m_document->startRow(m_group, name);
+  if (m_group == nullptr) {
+    find("unknown group " + quoted(name));
+    return;
+  }
+  m_groupHint = m_group->place;
+  m_seen.assign(m_group->fields.size(), false);
+  checkVersion(attributes);
+}
+
+void ElementBuilder::startValue(std::string_view name, Attributes attributes) {
+  m_field = m_group == nullptr ? nullptr : m_group->findElement(name, m_fieldHint);
+  m_element = name;
+  m_textStart = m_document->texts().size();
+  if (m_field != nullptr) {
+    m_fieldHint = m_field->place + 1;
+    m_isFirst = !m_seen[m_field->place];
+    m_seen[m_field->place] = true;
+    checkKey(attributes);
+  } else if (m_group != nullptr) {
+    find("unknown attribute " + quoted(name) + " of " + quoted(m_group->element));
+  }
+}
+
+void ElementBuilder::startNested(std::string_view name) {
+  if (m_depth == kValueDepth + 1) find(quoted(m_element) + " holds an element");
+  m_element += '/';
+  m_element += name;
+  m_nestedTexts.emplace_back();
+}
+
+std::optional<std::string> ElementBuilder::addText(std::string_view text) {
+  if (m_depth < kValueDepth) {
+    addStrayText(text);
+    return {};
+  }
+  std::string& target = m_nestedTexts.empty() ? m_document->texts() : m_nestedTexts.back();
+  target += text;
+  const size_t size = m_nestedTexts.empty() ? target.size() - m_textStart : target.size();
+  if (size > kMostText) return "a text of more than " + std::to_string(kMostText) + " bytes";
+  return {};
+}
+
+void ElementBuilder::addStrayText(std::string_view text) {
+  if (m_depth != 0 && text.find_first_not_of(kBlanks) != text.npos) {
+    find("text where only elements may stand");
+  }
+}
+
+std::optional<std::string> ElementBuilder::startSection() {
+  if (m_depth == kRootDepth || m_depth == kGroupDepth) find("text where only elements may stand");
+  return {};
+}
+
+void ElementBuilder::endElement(std::string_view name) {
+  if (m_depth == kValueDepth) {
+    endValue();
+  } else if (m_depth > kValueDepth) {
+    m_nested.emplace_back(m_element, std::move(m_nestedTexts.back()));
+    m_nestedTexts.pop_back();
+    m_element.resize(m_element.size() - name.size() - 1);
+  }
+  --m_depth;
+}
+
+// A value that is not of its form, or that the row has already, is kept as an extra text.
+void ElementBuilder::endValue() {
+  const std::string_view text = std::string_view(m_document->texts()).substr(m_textStart);
+  if (m_field != nullptr && !isValid(*m_field, text)) {
+    find("\"" + std::string(text.substr(0, 64)) + "\" is no value of " + quoted(m_element));
+  }
+  const auto number = m_field != nullptr && m_isFirst ? numberOf(*m_field, text) : std::nullopt;
+  if (number) {
+    m_document->addValue(*m_field, m_textStart, *number);
+  } else {
+    m_document->addExtra(m_element, m_textStart);
+  }
+  endNested();
+}
+
+void ElementBuilder::endNested() {
+  for (const auto& [name, text] : m_nested) {
+    const size_t start = m_document->texts().size();
+    m_document->texts() += text;
+    m_document->addExtra(name, start);
+  }
+  m_nested.clear();
+}
+
+void ElementBuilder::checkNoAttributes(Attributes attributes) {
+  for (; *attributes != nullptr; attributes += 2) {
+    if (!isOfXml(attributes[0], attributes[1])) find("unexpected " + quoted(attributes[0]));
+  }
+}
+
+void ElementBuilder::checkVersion(Attributes attributes) {
+  bool hasVersion = false;
+  for (; *attributes != nullptr; attributes += 2) {
+    if (std::strcmp(attributes[0], "version") == 0) {
+      hasVersion = true;
+      if (!isInteger(attributes[1])) find(quoted(attributes[1]) + " is no version");
+    } else if (!isOfXml(attributes[0], attributes[1])) {
+      find("unexpected " + quoted(attributes[0]));
+    }
+  }
+  if (!hasVersion) find(quoted(m_group->element) + " has no version");
+}
+
+void ElementBuilder::checkKey(Attributes attributes) {
+  if (!m_isFirst) find("a second " + quoted(m_element));
+  if (!m_field->isKey) return checkNoAttributes(attributes);
+  bool isMarked = false;
+  for (; *attributes != nullptr; attributes += 2) {
+    if (std::strcmp(attributes[0], "IsKey") == 0) {
+      isMarked = std::strcmp(attributes[1], "1") == 0;
+    } else if (!isOfXml(attributes[0], attributes[1])) {
+      find("unexpected " + quoted(attributes[0]));
+    }
+  }
+  if (!isMarked) find("key " + quoted(m_element) + " is not marked IsKey=\"1\"");
+}
+
+}  // namespace quenlor::ctl
