@@ -54,6 +54,7 @@ def quoted(text):
 def attribute_row(columns):
     group, attribute, unit, _, _, change, private, identity, scale, sql, words = columns
     first, second = map(ranks, pair(identity))
+    unit = unit.split(";")[0]  # behind it stands where another one holds
     return (f"    {{{quoted(group)}, {quoted(attribute)}, {quoted(element_name(attribute))}, "
             f"{quoted(unit if unit in UNITS else '')}, {{{enumerators('Change', change)}}}, "
             f"{{{enumerators('Privacy', private)}}}, {{{first}, {second}}}, {scale or 0}, {quoted(sql)}, "

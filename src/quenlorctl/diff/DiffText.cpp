@@ -1,4 +1,6 @@
 // The facts as people read them.
+#include <algorithm>
+
 #include "quenlorctl/diff/Diff.h"
 #include "quenlorctl/text/CleanText.h"
 
@@ -79,7 +81,9 @@ std::string plain(const Fact::Side& side) {
 // "scanner changed: sources classic to modern".
 std::string scannerText(const Fact& fact) {
   std::string name = fact.attribute;
-  name[0] = static_cast<char>(name[0] - 'A' + 'a');
+  std::transform(name.begin(), name.end(), name.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
   const auto side = [](const Fact::Side& s) { return s.isEmpty() ? "none" : plain(s); };
   return "scanner changed: " + name + " " + side(fact.before) + " to " + side(fact.after) + "\n";
 }

@@ -66,6 +66,7 @@ class StreamParser {
   void refuseFor(const std::optional<std::string>& reason) {
     if (!reason || m_refusal) return;
     m_refusal = reason;
+    m_refused = place();
     XML_StopParser(m_parser.get(), XML_FALSE);
   }
 
@@ -79,6 +80,7 @@ class StreamParser {
     m_builder.start(m_document);
     m_document.setFile(m_file);
     m_refusal.reset();
+    m_refused.reset();
     m_bytes.clear();
     m_fed = 0;
   }
@@ -103,10 +105,21 @@ class StreamParser {
       handleError();
       return false;
     }
-    if (m_builder.isComplete() || m_fed <= kMostBytes) return !isFinal;
-    m_refusal = "more than " + std::to_string(kMostBytes >> 20) + " MiB";
+    refuseSize();
+    if (!m_refusal) return !isFinal;
     handleError();
     return false;
+  }
+
+  // Expat starts anew with a token whose end it has not seen, so that a long one takes time that
+  // grows with the square of its length: comments, names and attributes are bounded as texts are.
+  void refuseSize() {
+    const auto parsed = static_cast<size_t>(XML_GetCurrentByteIndex(m_parser.get()));
+    if (!m_builder.isComplete() && m_fed > kMostBytes) {
+      m_refusal = "more than " + std::to_string(kMostBytes >> 20) + " MiB";
+    } else if (m_fed - parsed > kMostText + kChunk) {
+      m_refusal = "markup of more than " + std::to_string(kMostText) + " bytes";
+    }
   }
 
   void finishDocument() {
@@ -127,7 +140,7 @@ class StreamParser {
     const Place at = place();
     const bool isNext = m_builder.isComplete() && !m_refusal;
     const bool isAtStart = XML_GetCurrentByteIndex(m_parser.get()) <= 0;
-    if (!isNext) trouble(at, m_refusal ? *m_refusal : errorText());
+    if (!isNext) trouble(m_refused.value_or(at), m_refusal ? *m_refusal : errorText());
     keepRest();
     m_base = at;
     if (!isNext) skipToDeclaration(isAtStart ? 1 : 0);
@@ -211,10 +224,11 @@ class StreamParser {
   ElementBuilder m_builder;
   Document m_document;
   std::optional<std::string> m_refusal;
-  std::string m_bytes;    // of the document so far, where they are wanted
-  std::string m_pending;  // read, and for the next document
-  size_t m_fed = 0;       // bytes that the parser has of this document
-  Place m_base{1, 1};     // where the document starts
+  std::optional<Place> m_refused;  // where it was; the parser has gone on by then
+  std::string m_bytes;             // of the document so far, where they are wanted
+  std::string m_pending;           // read, and for the next document
+  size_t m_fed = 0;                // bytes that the parser has of this document
+  Place m_base{1, 1};              // where the document starts
   bool m_isAtEnd = false;
 };
 

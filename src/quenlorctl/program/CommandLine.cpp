@@ -58,8 +58,7 @@ class Arguments {
   void addGroups(CLI::App* sub) {
     sub->add_option("--group", m_options.groups, "only this group; may be repeated")
         ->type_name("NAME")
-        ->expected(1)
-        ->take_all();
+        ->allow_extra_args(false);
   }
 
   void addJson() {
