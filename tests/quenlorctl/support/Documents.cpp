@@ -72,9 +72,16 @@ std::string goldenText(const std::string& path) {
   std::ifstream file(path);
   std::stringstream text;
   text << file.rdbuf();
-  const std::string dated =
-      std::regex_replace(text.str(), std::regex("@SCAN_DATE@"), "2026-11-22-01.02.03.000000");
-  return std::regex_replace(dated, std::regex("@[A-Z0-9_]+@"), "7");
+  const std::pair<const char*, const char*> MARKERS[] = {
+      {"@SCAN_DATE@", "2026-11-22-01.02.03.000000"},
+      {"@CPU_64BIT@", "Y"},
+      {"InCores>@[A-Z0-9_]+@", "InCores>7.000000"},
+      {"@[A-Z0-9_]+@", "7"}};
+  std::string filled = text.str();
+  for (const auto& [marker, value] : MARKERS) {
+    filled = std::regex_replace(filled, std::regex(marker), value);
+  }
+  return filled;
 }
 
 std::vector<std::string> goldenPaths(const std::string& sourceFolder) {
