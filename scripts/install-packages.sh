@@ -3,11 +3,12 @@
 # Usage: install-packages.sh build|test
 set -eu
 
-build='g++ cmake ninja-build python3 libexpat1-dev libspdlog-dev libfmt-dev'
+build='g++ cmake ninja-build python3 libexpat1-dev libspdlog-dev libfmt-dev
+       libarchive-dev libcli11-dev libzstd-dev nlohmann-json3-dev rapidjson-dev zlib1g-dev'
 test="$build libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev clang-format clang-tidy
       busybox-static cpio dmidecode dpkg-dev e2fsprogs edid-decode fdisk file git groff hostname iproute2 kmod
       libxml2-utils lintian locales man-db mandoc mount net-tools ovmf pci.ids pciutils procps
-      qemu-system-x86 sg3-utils strace udev util-linux xz-utils zstd"
+      qemu-system-x86 sg3-utils strace udev util-linux xz-utils zsh zstd"
 
 case "${1:-}" in
   build) wanted=$build ;;

@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 here=$PWD
 scripts/install-packages.sh build
 {
-  cmake --preset release -DQUENLOR_BUILD_TESTS=OFF -DQUENLOR_WERROR=OFF -B build/scan \
+  cmake --preset release -DQUENLOR_BUILD_TESTS=OFF -DQUENLOR_BUILD_CTL=OFF -DQUENLOR_WERROR=OFF -B build/scan \
         -DCMAKE_INSTALL_PREFIX="$here/build/scan/installed"
   cmake --build build/scan
   cmake --install build/scan

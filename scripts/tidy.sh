@@ -8,7 +8,7 @@ case "$what" in all|changed) ;; *) echo "usage: $0 [all|changed]" >&2; exit 2 ;;
 
 # Generated sources must exist; where scripts/test.sh has run, this builds nothing.
 cmake --preset release > /dev/null
-cmake --build --preset release -j "$(nproc)" --target quenlor describe_catalogue
+cmake --build --preset release -j "$(nproc)" --target quenlor quenlorctl describe_catalogue
 
 sources=$(scripts/tidy_files.py "$what")
 [ -z "$sources" ] || echo "$sources" | xargs -P "$(nproc)" -n 2 clang-tidy -p build/release --quiet

@@ -29,7 +29,7 @@ for document in "$source"/tests/machines/*/golden.xml; do
 done
 
 for page in "$source"/docs/man/*; do
-  # Our own two pages are not installed while they are tested.
+  # Our own pages are not installed while they are tested.
   findings=$(mandoc -T lint "$page" 2>/dev/null | grep -v 'referenced manual not found: Xr quenlor' || true)
   [ -z "$findings" ] || fail "$findings"
   warnings=$(groff -man -ww -z "$page" 2>&1) || true
@@ -43,6 +43,24 @@ done
 for option in c o m l h; do
   grep -q -- "-$option" "$source/docs/completion/quenlor" || fail "-$option is not completed"
 done
+# Of the companion program every option, with its subcommand, as its help lists them.
+ctl=$build/bin/quenlorctl
+if [ -x "$ctl" ]; then
+  for command in json rows validate diff; do
+    grep -q "^\.Ss $command$" "$source/docs/man/quenlorctl.1" || fail "$command is not in the manual"
+    options=$("$ctl" "$command" --help | sed -n 's/^  \(-h,\)\{0,1\}--\([a-z]*\).*/\2/p')
+    [ -n "$options" ] || fail "$command has no options"
+    for option in $options; do
+      [ "$option" = help ] || sed -n "/^\.Ss $command$/,/^\.S[sh] /p" "$source/docs/man/quenlorctl.1" |
+        grep -q "It Fl -$option\( \|$\)" || fail "$command --$option is not in the manual"
+      for shell in quenlorctl _quenlorctl; do
+        grep -q -e "--$option" "$source/docs/completion/$shell" || fail "$command --$option is not completed"
+      done
+    done
+  done
+  bash -n "$source/docs/completion/quenlorctl" || fail "the completion for bash is none"
+  zsh -n "$source/docs/completion/_quenlorctl" || fail "the completion for zsh is none"
+fi
 for key in config_dir hwscanner.config_file hwscanner.timeout hwscanner.sources hwscanner.group_limit_ms \
            hwscanner.mount_limit_ms hwscanner.scan_limit_ms; do
   grep -q "It Cm $key" "$source/docs/man/quenlor.conf.5" || fail "$key is not in the manual"

@@ -45,6 +45,18 @@ xmllint --noout --schema "$stage/usr/share/quenlor/quenlor.xsd" "$stage/document
   fail "the sample configuration does not scan everything"
 "$program" -l | grep -q '^cpu_mhertz:	' || fail "the plain listing lacks its first line"
 
+# The companion program reads what the scanner writes; without it nothing of it is there.
+ctl="$stage/usr/bin/quenlorctl"
+if [ -x "$build/bin/quenlorctl" ]; then
+  "$ctl" validate "$stage/document.xml" || fail "quenlorctl ended with $?"
+  for file in usr/share/man/man1/quenlorctl.1.gz usr/share/bash-completion/completions/quenlorctl \
+              usr/share/zsh/vendor-completions/_quenlorctl usr/share/doc/quenlorctl/copyright; do
+    [ -f "$stage/$file" ] || fail "$file is not installed"
+  done
+else
+  [ ! -e "$ctl" ] || fail "quenlorctl is installed and was not built"
+fi
+
 # Tracing is switched on by the installed settings file.
 sed "s|^trace.level.*|trace.level = MAX|; s|^trace.file.*|trace.file = $stage/trace|" \
   "$stage/etc/quenlor/DovTrace.properties" > "$stage/usr/share/quenlor/new" &&

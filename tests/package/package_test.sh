@@ -16,6 +16,19 @@ command -v lintian >/dev/null || fail "no lintian: the package cannot be checked
 package=$(echo "$work"/quenlor_*_amd64.deb)
 [ -f "$package" ] || fail "no package was made"
 dpkg-deb --info "$package"
+if [ -x "$build/bin/quenlorctl" ]; then
+  companion=$(echo "$work"/quenlorctl_*_amd64.deb)
+  [ -f "$companion" ] || fail "no package of the companion program was made"
+  dpkg-deb --info "$companion"
+  ! dpkg-deb --contents "$package" | grep -q quenlorctl || fail "the scanner's package holds its companion"
+  ! dpkg-deb --field "$companion" Depends | grep -q quenlor || fail "the companion needs the scanner"
+  [ -z "$(dpkg-deb --ctrl-tarfile "$companion" | tar t | grep -e inst -e rm)" ] ||
+    fail "the companion has scripts"
+  lintian --fail-on error --allow-root "$companion" || fail "lintian has errors"
+fi
+for library in libarchive libzstd zlib; do
+  ! dpkg-deb --field "$package" Depends | grep -q "$library" || fail "the scanner needs $library"
+done
 lintian --fail-on error --allow-root "$package" || fail "lintian has errors"
 
 # The package as it was before the configuration became the administrator's: the same files, the
@@ -29,7 +42,7 @@ echo /etc/quenlor/quenlor.conf >> "$work/old/DEBIAN/conffiles"
 sed -i 's/^Version: .*/Version: 2.3.1036/' "$work/old/DEBIAN/control"
 dpkg-deb --root-owner-group -b "$work/old" "$work/old.deb" > /dev/null
 
-remove() { dpkg --purge quenlor >/dev/null 2>&1 || true; rm -rf "$work"; }
+remove() { dpkg --purge quenlor quenlorctl >/dev/null 2>&1 || true; rm -rf "$work"; }
 trap remove EXIT
 # Slim container images leave manuals and documents of packages out.
 install() { dpkg --path-include='/usr/share/*' -i "$1" > "$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log"; fail "dpkg -i $1"; }; }
@@ -65,6 +78,17 @@ man -P cat 5 quenlor.conf > /dev/null 2>&1 || fail "man 5 quenlor.conf"
 /usr/sbin/quenlor -o "$work/document.xml" || fail "the installed program ended with $?"
 xmllint --noout --schema /usr/share/quenlor/quenlor.xsd "$work/document.xml"
 /usr/sbin/quenlor -m | tail -n 1 | grep -q '^End Component$' || fail "the MIF document has no end"
+
+if [ -n "${companion:-}" ]; then
+  install "$companion"
+  quenlorctl validate "$work/document.xml" || fail "quenlorctl ended with $?"
+  man -P cat quenlorctl > "$work/manual" 2>/dev/null || fail "man quenlorctl"
+  grep -q 'EXIT STATUS' "$work/manual" || fail "the companion's manual lacks its exit statuses"
+  dpkg --purge quenlorctl > /dev/null
+  for left in /usr/bin/quenlorctl /usr/share/doc/quenlorctl; do
+    [ ! -e "$left" ] || fail "$left is left behind"
+  done
+fi
 
 # The system's configuration is the one that counts.
 cp /etc/quenlor/quenlor.conf "$work/quenlor.conf"

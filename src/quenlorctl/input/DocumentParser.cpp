@@ -3,6 +3,7 @@
 #include <expat.h>
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <optional>
 
@@ -11,7 +12,8 @@
 namespace quenlor::ctl {
 namespace {
 
-constexpr int kChunk = 65536;
+constexpr size_t kChunk = 65536;  // what the source is asked for
+constexpr size_t kPiece = 16384;  // what the parser is given at once
 constexpr std::string_view kDeclaration = "<?xml";
 
 struct ParserEnd {
@@ -37,7 +39,7 @@ class StreamParser {
       startDocument();
       while (feed()) {
       }
-    } while (!m_isAtEnd || !m_pending.empty());
+    } while (!m_isAtEnd || m_next < m_input.size());
   }
 
  private:
@@ -50,7 +52,9 @@ class StreamParser {
   static void onEnd(void* user, const XML_Char* name) {
     StreamParser& at = self(user);
     at.m_builder.endElement(name);
-    if (at.m_builder.isComplete()) XML_StopParser(at.m_parser.get(), XML_TRUE);
+    if (!at.m_builder.isComplete()) return;
+    at.m_end = static_cast<size_t>(XML_GetCurrentByteIndex(at.m_parser.get())) +
+               static_cast<size_t>(XML_GetCurrentByteCount(at.m_parser.get()));
   }
 
   static void onText(void* user, const XML_Char* text, int size) {
@@ -81,13 +85,14 @@ class StreamParser {
     m_document.setFile(m_file);
     m_refusal.reset();
     m_refused.reset();
+    m_isGiven = false;
     m_bytes.clear();
     m_fed = 0;
   }
 
   // Parses the next bytes; false when this document is through.
   bool feed() {
-    void* buffer = XML_GetBuffer(m_parser.get(), kChunk);
+    void* buffer = XML_GetBuffer(m_parser.get(), static_cast<int>(kPiece));
     if (buffer == nullptr) throw std::bad_alloc();
     const size_t count = take(static_cast<char*>(buffer));
     if (m_sinks.wantsBytes) m_bytes.append(static_cast<const char*>(buffer), count);
@@ -97,10 +102,7 @@ class StreamParser {
   }
 
   bool handled(XML_Status status, bool isFinal) {
-    if (status == XML_STATUS_SUSPENDED) {
-      finishDocument();
-      status = XML_ResumeParser(m_parser.get());
-    }
+    if (m_builder.isComplete() && !m_isGiven) giveDocument();
     if (status == XML_STATUS_ERROR) {
       handleError();
       return false;
@@ -117,16 +119,14 @@ class StreamParser {
     const auto parsed = static_cast<size_t>(XML_GetCurrentByteIndex(m_parser.get()));
     if (!m_builder.isComplete() && m_fed > kMostBytes) {
       m_refusal = "more than " + std::to_string(kMostBytes >> 20) + " MiB";
-    } else if (m_fed - parsed > kMostText + kChunk) {
+    } else if (m_fed - parsed > kMostText + kPiece) {
       m_refusal = "markup of more than " + std::to_string(kMostText) + " bytes";
     }
   }
 
-  void finishDocument() {
-    const XML_Parser parser = m_parser.get();
-    const auto end = static_cast<size_t>(XML_GetCurrentByteIndex(parser)) +
-                     static_cast<size_t>(XML_GetCurrentByteCount(parser));
-    if (m_sinks.wantsBytes) m_bytes.resize(std::min(end, m_bytes.size()));
+  void giveDocument() {
+    m_isGiven = true;
+    if (m_sinks.wantsBytes) m_bytes.resize(std::min(m_end, m_bytes.size()));
     if (m_document.isInventory() || m_sinks.wantsForeign) {
       m_sinks.document(m_document, m_bytes);
     } else {
@@ -137,8 +137,8 @@ class StreamParser {
 
   // Behind a complete document starts the next one; else the rest is searched for one.
   void handleError() {
-    const Place at = place();
     const bool isNext = m_builder.isComplete() && !m_refusal;
+    const Place at = isNext ? placeOfRest() : place();
     const bool isAtStart = XML_GetCurrentByteIndex(m_parser.get()) <= 0;
     if (!isNext) trouble(m_refused.value_or(at), m_refusal ? *m_refusal : errorText());
     keepRest();
@@ -155,53 +155,72 @@ class StreamParser {
     return std::string("not XML: ") + XML_ErrorString(error);
   }
 
-  // The bytes from where the parser stopped on are for the next one.
+  // The bytes from where the parser stopped on are for the next one. They are the last that it was
+  // given, and most often all of them still lie in m_input.
   void keepRest() {
     int offset = 0;
     int size = 0;
     const char* context = XML_GetInputContext(m_parser.get(), &offset, &size);
     if (context == nullptr || offset > size) return;
-    m_pending.insert(0, context + offset, static_cast<size_t>(size - offset));
+    const auto rest = static_cast<size_t>(size - offset);
+    const size_t lost = rest - std::min(rest, m_next);
+    m_input.insert(0, context + offset, lost);
+    m_next -= rest - lost;
   }
 
-  // Searches the pending bytes and the source for an XML declaration.
+  // Where the parser stopped: counted here where it still has the whole document, for it counts
+  // slowly.
+  Place placeOfRest() const {
+    int offset = 0;
+    int size = 0;
+    const char* context = XML_GetInputContext(m_parser.get(), &offset, &size);
+    if (context == nullptr || offset != XML_GetCurrentByteIndex(m_parser.get())) return place();
+    Place at = m_base;
+    const char* line = context;
+    const char* end = context + offset;
+    while (const void* found = std::memchr(line, '\n', static_cast<size_t>(end - line))) {
+      line = static_cast<const char*>(found) + 1;
+      at = {at.line + 1, 1};
+    }
+    return {at.line, at.column + static_cast<uint64_t>(end - line)};
+  }
+
+  // Searches the input for an XML declaration.
   void skipToDeclaration(size_t from) {
     for (;;) {
-      const size_t found = m_pending.find(kDeclaration, from);
-      if (found != m_pending.npos) return drop(found);
-      drop(m_pending.size() - std::min(m_pending.size(), kDeclaration.size() - 1));
-      if (!refill()) return drop(m_pending.size());
+      const size_t found = m_input.find(kDeclaration, m_next + from);
+      if (found != m_input.npos) return drop(found - m_next);
+      const size_t left = m_input.size() - m_next;
+      drop(left - std::min(left, kDeclaration.size() - 1));
+      if (!append()) return drop(m_input.size() - m_next);
       from = 0;
     }
   }
 
   // The place follows what is dropped.
   void drop(size_t count) {
-    for (size_t i = 0; i < count; ++i) {
+    for (const size_t end = m_next + count; m_next < end; ++m_next) {
       ++m_base.column;
-      if (m_pending[i] == '\n') m_base = {m_base.line + 1, 1};
+      if (m_input[m_next] == '\n') m_base = {m_base.line + 1, 1};
     }
-    m_pending.erase(0, count);
   }
 
-  bool refill() {
-    const size_t before = m_pending.size();
-    m_pending.resize(before + kChunk);
-    const size_t count = readSource(m_pending.data() + before);
-    m_pending.resize(before + count);
-    return count != 0;
+  // Puts more of the source behind what is left of the input; false at its end.
+  bool append() {
+    m_input.erase(0, m_next);
+    m_next = 0;
+    const size_t left = m_input.size();
+    m_input.resize(left + kChunk);
+    const size_t count = m_isAtEnd ? 0 : m_source.read(m_input.data() + left, kChunk);
+    m_input.resize(left + count);
+    m_isAtEnd = count == 0;
+    return !m_isAtEnd;
   }
 
   size_t take(char* buffer) {
-    if (m_pending.empty()) return readSource(buffer);
-    const size_t count = m_pending.copy(buffer, kChunk);
-    m_pending.erase(0, count);
-    return count;
-  }
-
-  size_t readSource(char* buffer) {
-    const size_t count = m_isAtEnd ? 0 : m_source.read(buffer, kChunk);
-    m_isAtEnd = count == 0;
+    if (m_next == m_input.size() && !append()) return 0;
+    const size_t count = m_input.copy(buffer, kPiece, m_next);
+    m_next += count;
     return count;
   }
 
@@ -226,9 +245,12 @@ class StreamParser {
   std::optional<std::string> m_refusal;
   std::optional<Place> m_refused;  // where it was; the parser has gone on by then
   std::string m_bytes;             // of the document so far, where they are wanted
-  std::string m_pending;           // read, and for the next document
+  std::string m_input;             // read from the source
+  size_t m_next = 0;               // of it, for the parser
   size_t m_fed = 0;                // bytes that the parser has of this document
   Place m_base{1, 1};              // where the document starts
+  size_t m_end = 0;                // of the root, in the document
+  bool m_isGiven = false;          // the document, to its sink
   bool m_isAtEnd = false;
 };
 
