@@ -61,6 +61,9 @@ def main():
         columns += [""] * (11 - len(columns))
         group, attribute, sql = columns[0], columns[1], columns[9]
         if not attribute:
+            if not SQL_NAME.fullmatch(sql):
+                bad.append(f"{group}: sql {sql!r}")
+            names["", sql] += 1
             continue
         bad += [f"{group}: {attribute}: {problem}" for problem in problems_of(columns)]
         names[group, sql] += 1

@@ -21,6 +21,10 @@ class Identity {
       m_fields.emplace_back(field.id, field.identityIn(terms.common()));
       m_ranks |= m_fields.back().second;
     }
+    // A digest tells people least.
+    std::stable_partition(m_fields.begin(), m_fields.end(), [&](const auto& field) {
+      return std::string_view(group.findId(field.first)->name) != "ID";
+    });
   }
 
   // True when the row has all that is of this rank alone.

@@ -38,6 +38,11 @@ class Document {
     const Field* field;
     Text text;
     Number number;
+
+    // True for a yes or no, or a time, that stands there empty: it says that nothing is known.
+    bool isUnknown() const {
+      return text.size == 0 && (field->form == Form::kYesNo || field->form == Form::kDateTime);
+    }
   };
 
   // An element that the catalogue does not know, or a value that is not of its form.

@@ -85,7 +85,7 @@ std::optional<Number> realOf(std::string_view text) {
 }
 
 std::optional<Number> yesOrNo(std::string_view text) {
-  if (text != "Y" && text != "N") return {};
+  if (!text.empty() && text != "Y" && text != "N") return {};
   return Number{.yes = text == "Y"};
 }
 

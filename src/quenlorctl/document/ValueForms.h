@@ -25,7 +25,7 @@ bool isValid(const Field& field, std::string_view text);
 
 // What the text stands for; nothing when it is none of the attribute's form: a number that is none,
 // a day that no calendar has, "nan", a yes or no that is neither. An empty date-time, a time beyond
-// the year 9999, is of its form.
+// the year 9999, is of its form, and so is an empty yes or no, which nobody knows.
 std::optional<Number> numberOf(const Field& field, std::string_view text);
 
 // A date-time of a document, 2026-11-22-01.02.03.000000, as ISO 8601 without a zone,

@@ -13,8 +13,9 @@ constexpr int kFormat = 1;
 constexpr int kIndent = 2;
 constexpr int kOneLine = -1;
 
-// Null for what is left out: a time that the calendar of documents cannot express.
+// Null for what is left out.
 Json typedValue(const Document& document, const Document::Value& value) {
+  if (value.isUnknown()) return nullptr;
   const std::string_view text = document.text(value.text);
   switch (value.field->form) {
     case Form::kNumber:
@@ -26,8 +27,7 @@ Json typedValue(const Document& document, const Document::Value& value) {
     case Form::kYesNo:
       return value.number.yes;
     case Form::kDateTime:
-      if (const auto iso = isoDateTime(text)) return *iso;
-      return nullptr;
+      return isoDateTime(text).value_or("");
     default:
       return std::string(text);
   }

@@ -11,6 +11,7 @@ void putText(JsonLine& line, std::string_view text) {
 }
 
 void putValue(JsonLine& line, const Document& document, const Document::Value& value) {
+  if (value.isUnknown()) return putText(line, "");
   switch (value.field->form) {
     case Form::kNumber:
       line.Uint64(value.number.number);

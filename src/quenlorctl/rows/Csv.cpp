@@ -32,6 +32,7 @@ void putText(std::string& out, std::string_view text, bool isRaw) {
 void putValue(std::string& out, const Document& document, const Document::Value& value,
               bool isRaw) {
   const std::string_view text = document.text(value.text);
+  if (value.isUnknown()) return;
   switch (value.field->form) {
     case Form::kNumber:
     case Form::kInteger:

@@ -21,11 +21,6 @@ void putHead(JsonLine& line, const RowHead& head, const Document::Row& row) {
   line.Uint(row.number);
 }
 
-// A time that the calendar of documents cannot express is as good as absent.
-bool isAbsent(const Document::Value& value) {
-  return value.field->form == Form::kDateTime && value.text.size == 0;
-}
-
 }  // namespace
 
 void appendNdjson(std::string& out, const RowHead& head, const Document& document,
@@ -36,7 +31,7 @@ void appendNdjson(std::string& out, const RowHead& head, const Document& documen
   putHead(line, head, row);
   const Document::Value* values = document.valuesOf(row);
   for (uint32_t i = 0; i < row.valueCount; ++i) {
-    if (isAbsent(values[i])) continue;
+    if (values[i].isUnknown()) continue;
     putKey(line, values[i].field->sql);
     putValue(line, document, values[i]);
   }

@@ -104,7 +104,7 @@ TEST(DiffProperty, orderOfTheRowsNeverCounts) {
   int shuffledDocuments = 0;
   for (const std::string& text : documents()) {
     const Document original = documentOf(text);
-    for (unsigned seed = 1; seed <= 5; ++seed) {
+    for (unsigned seed = 1; seed <= 2; ++seed) {
       const std::string shuffled = withRowsShuffled(text, seed);
       if (shuffled != text) ++shuffledDocuments;
       const Document other = documentOf(shuffled);

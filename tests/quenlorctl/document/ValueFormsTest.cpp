@@ -53,7 +53,7 @@ TEST(ValueForms, verdictsAreThoseOfTheSchema) {
       {yesNo(), "Y", true, true},
       {yesNo(), "N", true, true},
       {yesNo(), "H", true, false},
-      {yesNo(), "", true, false},
+      {yesNo(), "", true, true},
       {dateTime(), "2026-11-22-01.02.03.000000", true, true},
       {dateTime(), "", true, true},
       {dateTime(), "2026-13-22-01.02.03.000000", true, false},

@@ -45,6 +45,10 @@ TEST(JsonDocument, numberWithoutAWordStaysAText) {
             jsonOf(row("Storage", {{"Type", "77"}})));
 }
 
+TEST(JsonDocument, yesOrNoThatNobodyKnowsIsAbsent) {
+  EXPECT_EQ(classic(R"("groups":{"Storage":[{}]})"), jsonOf(row("Storage", {{"Removable", ""}})));
+}
+
 TEST(JsonDocument, timeThatCannotBeExpressedIsAbsent) {
   EXPECT_EQ(classic(R"("groups":{"ScanInfo":{}})"), jsonOf(row("ScanInfo", {{"ScanDate", ""}})));
 }

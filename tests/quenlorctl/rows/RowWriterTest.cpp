@@ -39,6 +39,7 @@ TEST(Ndjson, rowHasItsHeadAndItsSqlNames) {
 
 TEST(Ndjson, whatIsNotKnownIsLeftOut) {
   EXPECT_EQ("{\"group\":\"scan_info\",\"row\":1}\n", ndjsonOf(row("ScanInfo", {{"ScanDate", ""}})));
+  EXPECT_EQ("{\"group\":\"storage\",\"row\":1}\n", ndjsonOf(row("Storage", {{"Removable", ""}})));
 }
 
 TEST(Ndjson, hostMayBeTold) {

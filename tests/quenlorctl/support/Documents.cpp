@@ -78,6 +78,7 @@ std::string goldenText(const std::string& path) {
       {"InCores>@[A-Z0-9_]+@", "InCores>7.000000"},
       {"@[A-Z0-9_]+@", "7"}};
   std::string filled = text.str();
+  if (filled.find('@') == filled.npos) return filled;
   for (const auto& [marker, value] : MARKERS) {
     filled = std::regex_replace(filled, std::regex(marker), value);
   }
