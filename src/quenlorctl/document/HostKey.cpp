@@ -74,7 +74,7 @@ std::optional<std::string> systemUuid(const Document& document) {
           uuidOf(document.textOf(group::kSmbios, attribute::kSmbiosUuidText), false)) {
     return uuid;
   }
-  if (const auto uuid = uuidOf(document.textOf(group::kMachine, attribute::kMachineUuid), false)) {
+  if (auto uuid = uuidOf(document.textOf(group::kMachine, attribute::kMachineUuid), false)) {
     return uuid;
   }
   return uuidOf(document.textOf(group::kSmbios, attribute::kSmbiosUuid), true);
