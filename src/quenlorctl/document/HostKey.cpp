@@ -70,8 +70,7 @@ std::optional<std::string> uuidOf(std::string_view text, bool isStored) {
 }
 
 std::optional<std::string> systemUuid(const Document& document) {
-  if (const auto uuid =
-          uuidOf(document.textOf(group::kSmbios, attribute::kSmbiosUuidText), false)) {
+  if (auto uuid = uuidOf(document.textOf(group::kSmbios, attribute::kSmbiosUuidText), false)) {
     return uuid;
   }
   if (auto uuid = uuidOf(document.textOf(group::kMachine, attribute::kMachineUuid), false)) {
