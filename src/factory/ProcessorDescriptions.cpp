@@ -71,8 +71,14 @@ std::string withModelOnly(std::string_view document, int model) {
 ProcessorDescriptions::ProcessorDescriptions(const std::string& path)
     : m_document(readWholeFile(path).bytes) {}
 
-std::vector<std::unique_ptr<ProcessorInfo>> ProcessorDescriptions::ofModel(int model) const {
-  std::vector<std::unique_ptr<ProcessorInfo>> found;
+const ProcessorDescriptions::Descriptions& ProcessorDescriptions::ofModel(int model) {
+  const auto [found, isNew] = m_found.try_emplace(model);
+  if (isNew) found->second = parse(model);
+  return found->second;
+}
+
+ProcessorDescriptions::Descriptions ProcessorDescriptions::parse(int model) const {
+  Descriptions found;
   std::string document = withModelOnly(m_document, model);
   if (document.empty()) return found;
   const FileStream stream(::fmemopen(document.data(), document.size(), "r"));
