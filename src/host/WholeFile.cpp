@@ -78,11 +78,16 @@ WholeFile readWholeFile(const std::string& path, size_t limit) {
 }
 
 std::optional<std::string> readAttribute(const std::string& path) {
-  FileStatus status = FileStatus::kAbsent;
+  FileStatus ignored = FileStatus::kAbsent;
+  return readAttribute(path, ignored);
+}
+
+std::optional<std::string> readAttribute(const std::string& path, FileStatus& status) {
   const Descriptor descriptor = openRegular(path, status);
   if (!descriptor) return {};
   std::array<char, kPage> page;
   const ssize_t count = host().read(descriptor.get(), page.data(), page.size());
+  status = count < 0 ? fileStatusOf(errno) : FileStatus::kRead;
   if (count < 0) return {};
   std::string value(page.data(), static_cast<size_t>(count));
   value.erase(value.find_last_not_of(kBlanks) + 1);

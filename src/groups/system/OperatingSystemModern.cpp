@@ -84,7 +84,9 @@ void collectOperatingSystem(ModernScan& scan, ModernTable& table) {
   ModernRow& row = table.addRow();
   addDistribution(row, readDistribution(table.outcome()));
   addKernel(row);
-  addSecurity(row, readSecurity());
+  const Security security = readSecurity();
+  table.outcome().merge(security.outcome);
+  addSecurity(row, security);
   row.time(kInstallDate, readInstallDate(now.tv_sec))
       .time(kLastBootUpTime, readBootTime())
       .text(kLocaleId, lang)

@@ -10,12 +10,24 @@ namespace {
 
 constexpr std::array<std::string_view, 3> kSelinuxModes = {"enforcing", "permissive", "disabled"};
 
+std::optional<std::string> readFact(const char* path, const char* what, Outcome& outcome) {
+  FileStatus status = FileStatus::kAbsent;
+  auto value = readAttribute(path, status);
+  if (status == FileStatus::kRefused) {
+    outcome.note(OutcomeStatus::kPartial, std::string(what) + ": refused");
+  }
+  return value;
+}
+
 // The kernel's own state where its file system is mounted; a machine that has SELinux configured
 // and not mounted runs without it.
-std::string readSelinuxMode() {
-  if (const auto enforce = readAttribute("/sys/fs/selinux/enforce")) {
+std::string readSelinuxMode(Outcome& outcome) {
+  Outcome ofMode;
+  if (const auto enforce = readFact("/sys/fs/selinux/enforce", "SELinux mode", ofMode)) {
     return *enforce == "1" ? "enforcing" : "permissive";
   }
+  outcome.merge(ofMode);
+  if (ofMode.status() != OutcomeStatus::kComplete) return {};
   const WholeFile configuration = readWholeFile("/etc/selinux/config");
   if (configuration.status != FileStatus::kRead) return {};
   return configuredSelinuxMode(configuration.bytes).empty() ? "" : "disabled";
@@ -43,10 +55,12 @@ std::string configuredSelinuxMode(std::string_view text) {
 
 Security readSecurity() {
   Security security;
-  security.modules = readAttribute("/sys/kernel/security/lsm").value_or("");
-  security.lockdown = bracketedWord(readAttribute("/sys/kernel/security/lockdown").value_or(""));
-  security.selinuxMode = readSelinuxMode();
-  if (const auto fips = readAttribute("/proc/sys/crypto/fips_enabled")) {
+  Outcome& outcome = security.outcome;
+  security.modules = readFact("/sys/kernel/security/lsm", "security modules", outcome).value_or("");
+  security.lockdown =
+      bracketedWord(readFact("/sys/kernel/security/lockdown", "lockdown", outcome).value_or(""));
+  security.selinuxMode = readSelinuxMode(outcome);
+  if (const auto fips = readFact("/proc/sys/crypto/fips_enabled", "FIPS", outcome)) {
     security.fips = *fips == "1";
   }
   return security;

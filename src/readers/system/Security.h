@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/Outcome.h"
+
 namespace quenlor {
 
 // The word in brackets: "none [integrity] confidentiality"; empty when there is none.
@@ -19,6 +21,7 @@ struct Security {
   std::string lockdown;     // "none", "integrity", "confidentiality"; empty: not told
   std::string selinuxMode;  // "enforcing", "permissive", "disabled"; empty: no SELinux here
   std::optional<bool> fips;
+  Outcome outcome;  // what was refused
 };
 
 Security readSecurity();

@@ -149,6 +149,22 @@ TEST(SecurityTest, selinuxIsWhatTheKernelSaysElseDisabledWhereItIsConfigured) {
   EXPECT_EQ(readSecurity().selinuxMode, "enforcing");
 }
 
+TEST(SecurityTest, whatIsRefusedIsNoted) {
+  FakeHost machine;
+  machine.files["/etc/selinux/config"] = "SELINUX=enforcing\n";
+  for (const char* path : {"/sys/kernel/security/lsm", "/sys/kernel/security/lockdown",
+                           "/sys/fs/selinux/enforce", "/proc/sys/crypto/fips_enabled"}) {
+    machine.files[path] = "1";
+    machine.openErrors[path] = EACCES;
+  }
+  const Security security = readSecurity();
+  // A mode that may not be read is not "disabled".
+  EXPECT_EQ(security.selinuxMode, "");
+  EXPECT_EQ(security.outcome.status(), OutcomeStatus::kPartial);
+  EXPECT_EQ(security.outcome.reason(),
+            "security modules: refused; lockdown: refused; SELinux mode: refused; FIPS: refused");
+}
+
 TEST(SecurityTest, whatTheKernelDoesNotTellIsNotKnown) {
   FakeHost machine;
   EXPECT_FALSE(readSecurity().fips);
