@@ -106,6 +106,12 @@ std::string schemaErrors(const std::vector<std::string>& documents) {
   return ::pclose(lint) == 0 ? std::string() : said;
 }
 
+std::ostream& operator<<(std::ostream& stream, const DocumentRow& row) {
+  stream << "\n" << row.group;
+  for (const auto& [name, value] : row.values) stream << " " << name << "=" << value;
+  return stream;
+}
+
 // A line each: the start tag of a row, one of its elements, the end tag.
 std::vector<DocumentRow> rowsOfDocument(const std::string& xml) {
   std::vector<DocumentRow> rows;

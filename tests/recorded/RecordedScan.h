@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,8 @@ struct DocumentRow {
 
   bool operator==(const DocumentRow& other) const = default;
 };
+// For a person who reads what a test found.
+std::ostream& operator<<(std::ostream& stream, const DocumentRow& row);
 // All rows in their order. Only of documents as the XML writer makes them.
 std::vector<DocumentRow> rowsOfDocument(const std::string& xml);
 
