@@ -10,24 +10,26 @@ namespace {
 
 constexpr std::array<std::string_view, 3> kSelinuxModes = {"enforcing", "permissive", "disabled"};
 
-std::optional<std::string> readFact(const char* path, const char* what, Outcome& outcome) {
+struct Fact {
   FileStatus status = FileStatus::kAbsent;
-  auto value = readAttribute(path, status);
-  if (status == FileStatus::kRefused) {
+  std::optional<std::string> value;
+};
+
+Fact readFact(const char* path, const char* what, Outcome& outcome) {
+  Fact fact;
+  fact.value = readAttribute(path, fact.status);
+  if (fact.status == FileStatus::kRefused) {
     outcome.note(OutcomeStatus::kPartial, std::string(what) + ": refused");
   }
-  return value;
+  return fact;
 }
 
 // The kernel's own state where its file system is mounted; a machine that has SELinux configured
 // and not mounted runs without it.
 std::string readSelinuxMode(Outcome& outcome) {
-  Outcome ofMode;
-  if (const auto enforce = readFact("/sys/fs/selinux/enforce", "SELinux mode", ofMode)) {
-    return *enforce == "1" ? "enforcing" : "permissive";
-  }
-  outcome.merge(ofMode);
-  if (ofMode.status() != OutcomeStatus::kComplete) return {};
+  const Fact enforce = readFact("/sys/fs/selinux/enforce", "SELinux mode", outcome);
+  if (enforce.value) return *enforce.value == "1" ? "enforcing" : "permissive";
+  if (enforce.status == FileStatus::kRefused) return {};
   const WholeFile configuration = readWholeFile("/etc/selinux/config");
   if (configuration.status != FileStatus::kRead) return {};
   return configuredSelinuxMode(configuration.bytes).empty() ? "" : "disabled";
@@ -56,13 +58,14 @@ std::string configuredSelinuxMode(std::string_view text) {
 Security readSecurity() {
   Security security;
   Outcome& outcome = security.outcome;
-  security.modules = readFact("/sys/kernel/security/lsm", "security modules", outcome).value_or("");
-  security.lockdown =
-      bracketedWord(readFact("/sys/kernel/security/lockdown", "lockdown", outcome).value_or(""));
+  const Fact modules = readFact("/sys/kernel/security/lsm", "security modules", outcome);
+  const Fact lockdown = readFact("/sys/kernel/security/lockdown", "lockdown", outcome);
+  security.modules = modules.value.value_or("");
+  security.lockdown = bracketedWord(lockdown.value.value_or(""));
+  security.isLockedDown = lockdown.status != FileStatus::kAbsent && security.lockdown != "none";
   security.selinuxMode = readSelinuxMode(outcome);
-  if (const auto fips = readFact("/proc/sys/crypto/fips_enabled", "FIPS", outcome)) {
-    security.fips = *fips == "1";
-  }
+  const Fact fips = readFact("/proc/sys/crypto/fips_enabled", "FIPS", outcome);
+  if (fips.value) security.fips = *fips.value == "1";
   return security;
 }
 

@@ -158,6 +158,7 @@ TEST(SecurityTest, whatIsRefusedIsNoted) {
     machine.openErrors[path] = EACCES;
   }
   const Security security = readSecurity();
+  EXPECT_TRUE(security.isLockedDown);
   // A mode that may not be read is not "disabled".
   EXPECT_EQ(security.selinuxMode, "");
   EXPECT_EQ(security.outcome.status(), OutcomeStatus::kPartial);
@@ -169,12 +170,16 @@ TEST(SecurityTest, whatTheKernelDoesNotTellIsNotKnown) {
   FakeHost machine;
   EXPECT_FALSE(readSecurity().fips);
   EXPECT_EQ(readSecurity().lockdown, "");
+  EXPECT_FALSE(readSecurity().isLockedDown);
   machine.files["/proc/sys/crypto/fips_enabled"] = "1\n";
   machine.files["/sys/kernel/security/lockdown"] = "[none] integrity confidentiality\n";
   machine.files["/sys/kernel/security/lsm"] = "lockdown,capability,yama";
   const Security security = readSecurity();
   EXPECT_EQ(security.fips, true);
   EXPECT_EQ(security.lockdown, "none");
+  EXPECT_FALSE(security.isLockedDown);
+  machine.files["/sys/kernel/security/lockdown"] = "none [integrity] confidentiality\n";
+  EXPECT_TRUE(readSecurity().isLockedDown);
   EXPECT_EQ(security.modules, "lockdown,capability,yama");
 }
 
