@@ -10,6 +10,7 @@ import compare_buses
 import compare_cpus
 import compare_firmware
 import compare_links
+import dmidecode
 from inventory import Inventory, list_entries, mif_tables
 
 FIELDS = Path(__file__).resolve().parents[2] / "data" / "fields.tsv"
@@ -41,7 +42,7 @@ def compare(results, comparison):
     compare_scans(results, inventory, comparison)
     compare_calls(results["calls"], comparison)
     compare_firmware.compare(results, inventory, comparison)
-    compare_cpus.compare(results, inventory, comparison)
+    compare_cpus.compare(compare_cpus.Cpus(results), dmidecode.Dmi(results["dmidecode"]), inventory, comparison)
     compare_storage(results, inventory, comparison)
     compare_network(results, inventory, comparison)
     compare_buses.compare_pci(results, inventory, comparison)

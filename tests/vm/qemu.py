@@ -9,6 +9,7 @@ from pathlib import Path
 from image import Unavailable, initramfs_file, kernel_file, need_program
 from media import Medium, drive_arguments
 from modern_machine import modern_arguments
+from topology_machines import TOPOLOGIES
 
 FIRMWARE = {
     0: {"vendor": "ACME Firmware", "version": "7.3b", "date": "04/18/2009", "release": "4.6"},
@@ -73,7 +74,8 @@ def nodes_arguments(_work):
 # The machine of each scenario, and the image that it boots.
 SCENARIOS = {"devices": (devices_arguments, "classic"), "processors": (processors_arguments, "classic"),
              "pvscsi": (pvscsi_arguments, "classic"), "nodes": (nodes_arguments, "classic"),
-             "modern": (modern_arguments, "modern")}
+             "modern": (modern_arguments, "modern"),
+             **{f"topology-{name}": (machine, "modern") for name, machine in TOPOLOGIES.items()}}
 
 
 def run_scenario(name, work, kernel, images, seconds):

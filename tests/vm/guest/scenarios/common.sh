@@ -30,7 +30,7 @@ wait_for_carrier() {
 tell_processors() {
   tell "lscpu${1:-}" lscpu -J
   tell "caches${1:-}" lscpu -B -J -C
-  tell "cpus${1:-}" lscpu -J -e=CPU,CORE,SOCKET,NODE,ONLINE
+  tell "cpus${1:-}" lscpu --parse=CPU,CORE,SOCKET,NODE
   tell "cpuinfo${1:-}" cat /proc/cpuinfo
   caches=/sys/devices/system/cpu/cpu*/cache/index*
   tell "cachefiles${1:-}" grep -s '' $caches/level $caches/type $caches/size $caches/ways_of_associativity \
