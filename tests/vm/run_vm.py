@@ -2,7 +2,7 @@
 """Builds the virtual machine's image, or boots one scenario and compares what the scanner said there.
 
     run_vm.py --work DIR image --build DIR --helpers DIR KIT...
-    run_vm.py --work DIR devices|modern|nodes|processors|pvscsi|topology-NAME
+    run_vm.py --work DIR devices|modern|network|nodes|processors|pvscsi|storage|topology-NAME
 """
 
 import argparse
@@ -16,9 +16,11 @@ sys.path[:0] = [str(HERE), str(HERE.parent / "machines")]
 
 import compare_devices  # noqa: E402
 import compare_modern  # noqa: E402
+import compare_network  # noqa: E402
 import compare_nodes  # noqa: E402
 import compare_processors  # noqa: E402
 import compare_pvscsi  # noqa: E402
+import compare_storage  # noqa: E402
 import compare_topology  # noqa: E402
 import image  # noqa: E402
 import qemu  # noqa: E402
@@ -27,7 +29,8 @@ from kits import KITS  # noqa: E402
 
 COMPARE = {"devices": compare_devices.compare, "processors": compare_processors.compare,
            "pvscsi": compare_pvscsi.compare, "nodes": compare_nodes.compare,
-           "modern": compare_modern.compare, "topology": compare_topology.compare}
+           "modern": compare_modern.compare, "topology": compare_topology.compare,
+           "storage": compare_storage.compare, "network": compare_network.compare}
 BOOT_LIMIT = 240  # seconds; a boot takes about 20 on an idle machine, many times that on a busy one
 
 
