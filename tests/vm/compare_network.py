@@ -25,24 +25,29 @@ def compare(results, comparison):
 
 def told_adapters(results):
     """What only ethtool knows, and of the cards lspci."""
-    devices = [device for device in compare_buses.pci_devices(results["lspci"])
-               if device["Class"] == "Ethernet controller"]
+    devices = {device["Slot"]: compare_links.told_by_device(device)
+               for device in compare_buses.pci_devices(results["lspci"])}
     told = {}
-    for name, device in zip(PHYSICAL, devices):
-        told[name] = {**compare_links.told_by_device(device), **ethtool_facts(results, name)}
-    told["bond0"] = ethtool_facts(results, "bond0")
+    for name in (file.removesuffix(".driver") for file in results if file.endswith(".driver")):
+        driver = dict(re.findall(r"^([\w-]+): *(.*)$", results[f"{name}.driver"], re.MULTILINE))
+        told[name] = settings(results[f"{name}.ethtool"])
+        # Of an interface without a device ethtool has the module, which Kind says, that one's version, and the
+        # first of its words for connectors.
+        if name in PHYSICAL:
+            told[name] |= {"ConnectorType": CONNECTORS.get(port(results[f"{name}.ethtool"])), **devices[driver["bus-info"]], "Driver": driver["driver"],
+                           "Firmware": driver["firmware-version"] or None}
     return told
 
 
-def ethtool_facts(results, name):
-    settings = dict(re.findall(r"^\t([\w ]+): (.*)$", results[f"{name}.ethtool"], re.MULTILINE))
-    driver = dict(re.findall(r"^([\w-]+): (.*)$", results[f"{name}.driver"], re.MULTILINE))
-    speed = re.fullmatch(r"(\d+)Mb/s", settings.get("Speed", ""))
-    return {
-        "Driver": driver["driver"], "Firmware": driver.get("firmware-version") or None,
-        "SpeedMbs": speed and int(speed[1]), "Duplex": settings["Duplex"].lower() if speed else None,
-        "ConnectorType": CONNECTORS.get(settings.get("Port")),
-    }
+def settings(listing):
+    facts = dict(re.findall(r"^\t([\w ]+): (.*)$", listing, re.MULTILINE))
+    speed = re.fullmatch(r"(\d+)Mb/s", facts.get("Speed", ""))
+    duplex = facts.get("Duplex", "").lower()
+    return {"SpeedMbs": speed and speed[1], "Duplex": duplex if duplex in ("full", "half") else None}
+
+
+def port(listing):
+    return (re.search(r"^\tPort: (.*)$", listing, re.MULTILINE) or [None, None])[1]
 
 
 def compare_gateways(inventory, comparison):
@@ -53,6 +58,7 @@ def compare_gateways(inventory, comparison):
         "2001:db8:1::10": "2001:db8:1::1"})
     origins = {row["Address"]: row.get("Origin") for row in inventory.rows("IPAddress")}
     advertised = [address for address in origins if address.startswith("2001:db8:5:")]
-    comparison.equal("addresses of the router's prefix", len(advertised), 1)
+    # Both ends have heard it.
+    comparison.equal("addresses of the router's prefix", len(advertised), 2)
     comparison.row("origin of", origins, {**dict.fromkeys(advertised, "ra"), "192.0.2.10": "static",
                                           "192.0.2.77": "dhcp"})
