@@ -1,6 +1,5 @@
 """Scenario "modern": a machine of today, every table of the modern sources against the machine's own tools."""
 
-import collections
 import re
 import xml.etree.ElementTree as ElementTree
 from pathlib import Path
@@ -11,6 +10,7 @@ import compare_cpus
 import compare_firmware
 import compare_links
 import dmidecode
+from compare_calls import compare_calls
 from inventory import Inventory, list_entries, mif_tables
 
 FIELDS = Path(__file__).resolve().parents[2] / "data" / "fields.tsv"
@@ -88,23 +88,6 @@ def without(document, left_out):
             if (row.tag, attribute.tag) in left_out:
                 row.remove(attribute)
     return ElementTree.tostring(root)
-
-
-def compare_calls(calls, comparison):
-    """System calls of a scan: nothing is started, no module loaded, no node opened, every file read once."""
-    names = collections.Counter(re.findall(r"^\d+ +(\w+)\(", calls, re.MULTILINE))
-    comparison.equal("programs started", names["execve"] + names["execveat"], 1)
-    comparison.equal("modules loaded", names["init_module"] + names["finit_module"], 0)
-    forks = [line for line in calls.splitlines()
-             if re.search(r"\b(fork|vfork|clone|clone3)\(", line) and "CLONE_THREAD" not in line]
-    comparison.equal("processes made", len(forks), 1)
-    opened = re.findall(r'\bopen\w*\((?:AT_FDCWD, )?"([^"]*)"', calls)
-    comparison.equal("the trace holds the scan", "/proc/self/mountinfo" in opened, True)
-    nodes = [path for path in opened if path.startswith("/dev/") and path != "/dev/null"
-             and not path.startswith("/dev/disk")]
-    comparison.equal("nodes opened", nodes, [])
-    machine = collections.Counter(path for path in opened if path.startswith(("/sys/", "/proc/", "/run/")))
-    comparison.equal("files opened more than once", [path for path, count in machine.items() if count > 1], [])
 
 
 # --- the machine ---

@@ -34,8 +34,10 @@ def told_adapters(results):
         # Of an interface without a device ethtool has the module, which Kind says, that one's version, and the
         # first of its words for connectors.
         if name in PHYSICAL:
-            told[name] |= {"ConnectorType": CONNECTORS.get(port(results[f"{name}.ethtool"])), **devices[driver["bus-info"]], "Driver": driver["driver"],
-                           "Firmware": driver["firmware-version"] or None}
+            told[name] |= {
+                **devices[driver["bus-info"]], "Driver": driver["driver"],
+                "Firmware": driver["firmware-version"] or None,
+                "ConnectorType": CONNECTORS.get(port(results[f"{name}.ethtool"]))}
     return told
 
 

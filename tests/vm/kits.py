@@ -58,7 +58,7 @@ LONG = MODERN + Kit(
     applets=("dd", "mkswap", "umount", "printf", "seq"),
     modules=("virtio_scsi", "sdhci_pci", "mmc_block", "md_mod", "raid1", "dm_mod", "dm_crypt", "xts", "ecb",
              "aes_generic", "xfs", "btrfs", "blake2b_generic", "xxhash_generic", "libcrc32c", "bonding", "8021q",
-             "bridge", "veth", "macvlan", "dummy", "tpm_tis"),
+             "bridge", "veth", "macvlan", "dummy"),
     files=("/lib/udev/rules.d/55-dm.rules", "/lib/udev/rules.d/60-persistent-storage-dm.rules",
            "/lib/udev/rules.d/63-md-raid-arrays.rules", "/lib/udev/rules.d/64-btrfs.rules"),
 )
