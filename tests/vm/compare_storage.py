@@ -9,6 +9,7 @@ from pathlib import Path
 
 import compare_blocks
 import compare_buses
+from compare_calls import compare_calls
 from image import need_program
 from inventory import Inventory
 
@@ -20,7 +21,8 @@ CARD = {"Model": "QEMU!", "Firmware": "0x1", "Driver": "mmcblk"}
 
 
 def compare(results, comparison):
-    comparison.scans_ended_well(results, dict.fromkeys(("first", *ROUNDS), ""))
+    comparison.scans_ended_well(results, dict.fromkeys(("first", "traced", *ROUNDS), ""))
+    compare_calls(results["calls"], comparison)
     inventory = Inventory(results["first.out"])
     compare_blocks.compare_drives(results, inventory, comparison, told_drives(results))
     compare_nvme(results, inventory, comparison)
@@ -44,7 +46,8 @@ def told_drives(results):
             told[name] = {**CARD, "Location": places["sdhci-pci"]}
         elif device["hctl"]:
             # The host's number is that of the order of discovery.
-            told[name] = {"Driver": "virtio_scsi", "Bus": "virtio", "Location": f"{hba}/{device['hctl'].split(':', 1)[1]}"}
+            unit = device["hctl"].split(":", 1)[1]
+            told[name] = {"Driver": "virtio_scsi", "Bus": "virtio", "Location": f"{hba}/{unit}"}
         elif device["type"] == "disk":
             # The kernel has the PCI device's number as a virtio disk's maker.
             told[name] = {"Manufacturer": "", "Driver": "virtio_blk", "Location": next(virtio)}
@@ -150,4 +153,5 @@ def compare_removal(results, comparison):
         row["Model"] for row in before.rows("Storage") if row["Model"] != "REMOVED"])
     points = [row["FSMountPoint"] for row in after.rows("Partition")]
     comparison.equal("unmounted file systems are gone", points, [
-        row["FSMountPoint"] for row in before.rows("Partition") if row["FSMountPoint"] not in ("/mnt/xfs", "/mnt/scsi")])
+        row["FSMountPoint"] for row in before.rows("Partition")
+        if row["FSMountPoint"] not in ("/mnt/xfs", "/mnt/scsi")])
