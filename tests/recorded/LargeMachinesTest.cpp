@@ -13,6 +13,10 @@ namespace {
 
 constexpr size_t kGroups = 27;
 
+const std::string kLimits =
+    "hwscanner.group_limit_ms = " + std::to_string(10000 * QUENLOR_TEST_PATIENCE) +
+    "\nhwscanner.scan_limit_ms = " + std::to_string(30000 * QUENLOR_TEST_PATIENCE) + "\n";
+
 // Machines that are written into a directory of their own.
 class LargeMachine : public testing::Test {
  protected:
@@ -28,7 +32,7 @@ class LargeMachine : public testing::Test {
   // A scan that keeps what every scan has to keep; its rows.
   std::vector<DocumentRow> scan() {
     const RecordedHost machine(m_directory.path());
-    const ScanOutput output = scanHost(Document::kXml);
+    const ScanOutput output = scanHost(Document::kXml, kLimits);
     EXPECT_EQ(output.status, 0) << output.errors;
     EXPECT_EQ(machine.forbidden(), std::vector<std::string>{});
     EXPECT_EQ(machine.readTwice(), std::vector<std::string>{});

@@ -63,7 +63,7 @@ Volume volumeOf(const BlockTree& tree, const BlockDevice& device) {
 std::string arrayUuid(std::string text) {
   std::erase(text, ':');
   if (text.size() != 32) return text;
-  for (const size_t position : {20, 16, 12, 8}) text.insert(position, 1, '-');
+  for (const size_t position : {20U, 16U, 12U, 8U}) text.insert(position, 1, '-');
   return text;
 }
 

@@ -89,7 +89,7 @@ size_t rankOf(const Designator& designator) {
 
 std::string uuidText(std::string_view bytes) {
   std::string text = hex(bytes);
-  for (const size_t position : {20, 16, 12, 8}) text.insert(position, 1, '-');
+  for (const size_t position : {20U, 16U, 12U, 8U}) text.insert(position, 1, '-');
   return text;
 }
 
