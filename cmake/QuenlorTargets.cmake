@@ -65,7 +65,8 @@ function(quenlor_test name)
   endif()
   if(QUENLOR_SANITIZE)
     add_test(NAME ${name} COMMAND test_${name} --gtest_brief=1)
-    set_tests_properties(${name} PROPERTIES LABELS "${labels}" TIMEOUT 600)
+    set_tests_properties(${name} PROPERTIES LABELS "${labels}" TIMEOUT 600
+      ENVIRONMENT "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.suppressions")
   else()
     gtest_discover_tests(test_${name} TEST_PREFIX "${name}." PROPERTIES LABELS unit TIMEOUT 120
                          DISCOVERY_TIMEOUT 60)
