@@ -24,7 +24,7 @@ using Text = std::optional<std::string>;
 Text unlessNone(const Text& text) { return text == agent_key::kNone ? Text() : text; }
 
 Text typeOf(ToolsAgent& agent, const Text& manufacturer, const Text& product) {
-  const Text told = unlessNone(agent.ask(agent_key::kNodeType));
+  Text told = unlessNone(agent.ask(agent_key::kNodeType));
   if (manufacturer != kTypedMaker) return told;
   char type[5] = "";
   getTypeFromProd(product.value_or("").c_str(), type);
