@@ -58,34 +58,12 @@ std::string entryPoint(size_t tableSize) {
   return bytes;
 }
 
-struct Group {
-  uint32_t id;
-  ModernCollector collect;
-};
-
-constexpr Group FIRMWARE_GROUPS[] = {
-    {group::kComponentId, collectComponentId},
-    {group::kSmbios, collectSmbios},
-    {group::kMemory, collectMemory},
-    {group::kMemoryModules, collectMemoryModules},
-    {group::kSlot, collectSlot},
-    {group::kPowerSupply, collectPowerSupply},
-};
-
 void BM_ReportDmi(benchmark::State& state) {
   test::FakeHost machine;
   machine.files["/sys/firmware/dmi/tables/DMI"] = fullTable();
   machine.files["/sys/firmware/dmi/tables/smbios_entry_point"] = entryPoint(fullTable().size());
   size_t rows = 0;
-  for (auto _ : state) {
-    ModernScan scan{ScanSettings{}};
-    rows = 0;
-    for (const Group& group : FIRMWARE_GROUPS) {
-      ModernTable table(*findGroup(MODERN_GROUPS_DEF, group.id));
-      group.collect(scan, table);
-      rows += table.build()->getNumRows();
-    }
-  }
+  for (auto _ : state) rows = test::collectFirmwareGroups();
   state.counters["rows"] = static_cast<double>(rows);
 }
 BENCHMARK(BM_ReportDmi)->Unit(benchmark::kMicrosecond)->UseRealTime();

@@ -8,11 +8,14 @@ counts.
 import argparse
 import os
 import re
-import resource
-import shutil
 import subprocess
 import sys
 import tempfile
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+
+from timed_scan import install, seconds  # noqa: E402
 
 SKIP = 77
 RUNS = 9
@@ -92,24 +95,6 @@ def mount_machine(directory, count):
                    check=True)
 
 
-def install(options, directory):
-    program = shutil.copy(options.quenlor, os.path.join(directory, "quenlor"))
-    with open(os.path.join(directory, "quenlor.conf"), "w") as file:
-        file.write(f"hwscanner.sources = modern\nconfig_dir = {options.data}\n")
-    config = os.path.join(directory, "scan.xml")
-    with open(config, "w") as file:
-        groups = "".join(f'<Group Name="{name}"/>' for name in GROUPS)
-        file.write(f"<Hardware>{groups}</Hardware>")
-    return [program, "-c", config]
-
-
-def seconds(command):
-    before = resource.getrusage(resource.RUSAGE_CHILDREN)
-    output = subprocess.run(command, check=True, capture_output=True).stdout
-    after = resource.getrusage(resource.RUSAGE_CHILDREN)
-    return after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime, output
-
-
 def is_right(document, count):
     threads = [int(text) for text in re.findall(rb"<OnlineThreads>(\d+)", document)]
     packages = count // (CORES_PER_PACKAGE * 2)
@@ -122,7 +107,7 @@ def measure(options):
     right = True
     with tempfile.TemporaryDirectory() as directory:
         subprocess.run(["mount", "-t", "tmpfs", "none", directory], check=True)
-        scan = install(options, directory)
+        scan = install(options, directory, GROUPS)
         for count in COUNTS:
             mount_machine(directory, count)
             runs = [seconds(scan) for _ in range(RUNS)]

@@ -12,7 +12,7 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True
 HERE = Path(__file__).resolve().parent
-sys.path[:0] = [str(HERE), str(HERE.parent / "machines")]
+sys.path[:0] = [str(HERE), str(HERE.parent / "machines"), str(HERE.parent / "modern")]
 
 import compare_devices  # noqa: E402
 import compare_modern  # noqa: E402
