@@ -4,11 +4,11 @@
 
 #include <string>
 
-#include "groups/modern/Collectors.h"
 #include "readers/dmi/DmiFacts.h"
 #include "readers/dmi/DmiTable.h"
 #include "tests/firmware/Firmware.h"
 #include "tests/support/FakeHost.h"
+#include "tests/support/FirmwareGroups.h"
 
 namespace quenlor {
 namespace {
