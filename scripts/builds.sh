@@ -1,7 +1,6 @@
 #!/bin/sh
 # Builds program and tests as people build them who know no preset: warnings are told, and are no errors.
-# Usage: builds.sh [plain|release|debug|clang|bare|one|all|name]
-#   bare  the program without precompiled headers, which hide that a source lacks an #include
+# Usage: builds.sh [plain|release|debug|clang|one|all|name]
 #   one   the build that is this commit's turn; name prints which that is
 set -eu
 cd "$(dirname "$0")/.."
@@ -30,14 +29,13 @@ one() {
     release) build release -DCMAKE_BUILD_TYPE=Release ;;
     debug) build debug -DCMAKE_BUILD_TYPE=Debug ;;
     clang) build clang -DCMAKE_CXX_COMPILER=clang++ ;;
-    bare) build bare -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DQUENLOR_BUILD_TESTS=OFF -DQUENLOR_WERROR=ON ;;
   esac
 }
 
 case "${1:-all}" in
-  plain|release|debug|clang|bare) one "$1" ;;
+  plain|release|debug|clang) one "$1" ;;
   one) one "$(turn)" ;;
   name) turn ;;
-  all) for name in plain release debug clang bare; do one "$name"; done ;;
-  *) echo "usage: $0 [plain|release|debug|clang|bare|one|all|name]" >&2; exit 2 ;;
+  all) for name in plain release debug clang; do one "$name"; done ;;
+  *) echo "usage: $0 [plain|release|debug|clang|one|all|name]" >&2; exit 2 ;;
 esac
