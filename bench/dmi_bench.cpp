@@ -1,4 +1,5 @@
-// Decoding a firmware table of 64 KiB with today's memory devices. It must stay under 1 ms.
+// Decoding a firmware table of 64 KiB with today's memory devices, which must stay under 1 ms, and
+// the rows of all groups that are made of it: 489 modules, ten times what a large server has.
 #include <benchmark/benchmark.h>
 
 #include <string>
@@ -6,6 +7,8 @@
 #include "readers/dmi/DmiFacts.h"
 #include "readers/dmi/DmiTable.h"
 #include "tests/firmware/Firmware.h"
+#include "tests/support/FakeHost.h"
+#include "tests/support/FirmwareGroups.h"
 
 namespace quenlor {
 namespace {
@@ -41,6 +44,29 @@ void BM_DecodeDmi(benchmark::State& state) {
   state.counters["table_bytes"] = static_cast<double>(table.size());
 }
 BENCHMARK(BM_DecodeDmi)->Unit(benchmark::kMicrosecond);
+
+// Entry point "_SM3_" of SMBIOS 3.7 for a table of so many bytes at address 0; DSP0134 5.2.2.
+std::string entryPoint(size_t tableSize) {
+  std::string bytes("_SM3_\0\x18\3\7\0\1\0", 12);
+  for (int shift = 0; shift < 32; shift += 8) {
+    bytes += static_cast<char>(tableSize >> shift & 0xFF);
+  }
+  bytes += std::string(8, '\0');
+  uint8_t sum = 0;
+  for (const char byte : bytes) sum = static_cast<uint8_t>(sum + static_cast<uint8_t>(byte));
+  bytes[5] = static_cast<char>(-sum);
+  return bytes;
+}
+
+void BM_ReportDmi(benchmark::State& state) {
+  test::FakeHost machine;
+  machine.files["/sys/firmware/dmi/tables/DMI"] = fullTable();
+  machine.files["/sys/firmware/dmi/tables/smbios_entry_point"] = entryPoint(fullTable().size());
+  size_t rows = 0;
+  for (auto _ : state) rows = test::collectFirmwareGroups();
+  state.counters["rows"] = static_cast<double>(rows);
+}
+BENCHMARK(BM_ReportDmi)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
 }  // namespace
 }  // namespace quenlor

@@ -12,6 +12,11 @@ target_compile_options(quenlor_flags INTERFACE
   -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor -Wformat=2 -Wno-format-nonliteral
   $<$<BOOL:${QUENLOR_WERROR}>:-Werror>)
 target_compile_definitions(quenlor_flags INTERFACE _GNU_SOURCE)
+# gcc tidies its memory up again and again while it compiles a source of this size: with some hundred
+# megabytes more for each job it takes a tenth less time.
+target_compile_options(quenlor_flags INTERFACE
+  $<$<CXX_COMPILER_ID:GNU>:--param=ggc-min-expand=400>
+  $<$<CXX_COMPILER_ID:GNU>:--param=ggc-min-heapsize=1000000>)
 target_include_directories(quenlor_flags INTERFACE "${PROJECT_SOURCE_DIR}/src" "${PROJECT_SOURCE_DIR}")
 target_link_libraries(quenlor_flags INTERFACE Threads::Threads)
 

@@ -1,4 +1,4 @@
-# quenlor_generate_enumerations(<output.cpp> TABLE_NAME list.tsv [TABLE_NAME list.tsv ...])
+# quenlor_generate_enumerations(<output.cpp> TABLE_NAME list.tsv[+list.tsv] [TABLE_NAME list.tsv ...])
 # Makes C++ enumeration tables from the lists of this folder.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 set(QUENLOR_DATA_DIR "${CMAKE_CURRENT_LIST_DIR}")
@@ -8,8 +8,11 @@ function(quenlor_generate_enumerations output)
   set(lists "")
   while(ARGN)
     list(POP_FRONT ARGN name file)
-    list(APPEND lists "${QUENLOR_DATA_DIR}/${file}")
-    list(APPEND arguments "${name}=${QUENLOR_DATA_DIR}/${file}")
+    string(REPLACE "+" ";" parts "${file}")
+    list(TRANSFORM parts PREPEND "${QUENLOR_DATA_DIR}/")
+    list(APPEND lists ${parts})
+    list(JOIN parts "+" joined)
+    list(APPEND arguments "${name}=${joined}")
   endwhile()
   add_custom_command(
     OUTPUT "${output}"

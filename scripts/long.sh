@@ -63,7 +63,7 @@ fuzz_target() {
     "$learnt" "tests/fuzz/corpus/$name"
 }
 
-part packages scripts/install-packages.sh test
+part packages scripts/install-packages.sh long
 for name in ${*:-$all}; do
   case "$name" in
     tidy) part tidy scripts/tidy.sh all ;;

@@ -42,11 +42,12 @@ build() {
   cmake --build --preset "$preset" -j "$jobs" ${1:+--target "$@"}
 }
 
-# run_tests <preset> <options of ctest ...>
+# run_tests <preset> <options of ctest ...>: one more at once than there are processors, as tests of hanging
+# commands and dead mounts wait.
 run_tests() {
   preset=$1
   shift
-  ctest --preset "$preset" -j "$jobs" --output-log "$PWD/$parts_reports/$preset.log" \
+  ctest --preset "$preset" -j "$((jobs + 1))" --output-log "$PWD/$parts_reports/$preset.log" \
     --output-junit "$PWD/$parts_reports/$preset.xml" --test-output-size-passed 1048576 "$@"
 }
 

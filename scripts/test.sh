@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs what the tests need, builds what is shipped, and tests it: units, fixture machines, fuzz corpora,
-# the package, and two virtual machines. Sanitizers and style: scripts/check.sh; everything that
+# the package, and one virtual machine. Sanitizers and style: scripts/check.sh; everything that
 # takes long: scripts/long.sh. Usage: test.sh
 set -eu
 cd "$(dirname "$0")/.."

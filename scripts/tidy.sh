@@ -6,9 +6,8 @@ cd "$(dirname "$0")/.."
 what=${1:-all}
 case "$what" in all|changed) ;; *) echo "usage: $0 [all|changed]" >&2; exit 2 ;; esac
 
-# Generated sources must exist; where scripts/test.sh has run, this builds nothing.
-cmake --preset release > /dev/null
-cmake --build --preset release -j "$(nproc)" --target quenlor quenlorctl describe_catalogue
+# Without precompiled headers: with them a source that lacks an #include compiles all the same.
+cmake --preset tidy > /dev/null
 
 sources=$(scripts/tidy_files.py "$what")
-[ -z "$sources" ] || echo "$sources" | xargs -P "$(nproc)" -n 2 clang-tidy -p build/release --quiet
+[ -z "$sources" ] || echo "$sources" | xargs -P "$(nproc)" -n 2 clang-tidy -p build/tidy --quiet

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Names the sources that clang-tidy has to see. Usage: tidy_files.py all|changed
 
-"changed": the sources that differ from the merge base, and those that include a header that differs,
-directly or not; so a change of a header that all share names them all.
+"changed": the sources that differ from the merge base, and those that name a header that differs; all of
+them where most include that header, directly or not.
 """
 import pathlib
 import re
@@ -11,10 +11,10 @@ import sys
 
 FOLDERS = ("src", "tools")
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.MULTILINE)
-# These change how every source is read or judged.
-ABOUT_ALL = re.compile(r"\.clang-tidy|scripts/tidy\S*|CMakePresets\.json|cmake/QuenlorFlags\.cmake")
+# This changes how every source is judged.
+ABOUT_ALL = re.compile(r"\.clang-tidy")
 # How far back to look where no branch and no release says what is old.
-RECENT = 20
+RECENT = 10
 
 
 def git(*arguments):
@@ -68,6 +68,17 @@ def reached_from(changed, files):
     return reached
 
 
+def concerned(changed, files):
+    """The sources that a change concerns."""
+    sources = {str(path) for path in files if path.suffix == ".cpp"}
+    headers = [path for path in changed if path.endswith(".h")]
+    for header in headers:
+        if 2 * len(reached_from([header], files) & sources) > len(sources):
+            return sources
+    naming = {str(path) for path in files if not set(headers).isdisjoint(includes_of(path))}
+    return sources & (changed | naming)
+
+
 def main():
     files = sorted(path for folder in FOLDERS for path in pathlib.Path(folder).rglob("*")
                    if path.suffix in (".h", ".cpp"))
@@ -76,8 +87,7 @@ def main():
     if base:
         changed = changed_since(base)
         if not any(map(ABOUT_ALL.fullmatch, changed)):
-            reached = reached_from(changed, files)
-            sources = [source for source in sources if source in reached]
+            sources = sorted(concerned(changed, files))
     print(f"clang-tidy: {len(sources)} sources, {'since ' + base if base else 'all'}", file=sys.stderr)
     print("\n".join(sources))
 

@@ -10,7 +10,8 @@ namespace {
 
 constexpr char kBlanks[] = " \t\r\n\v\f";
 
-// Lead bytes of sequences by length: their fixed bits, and the smallest code point that needs them.
+// Lead bytes of sequences of more than one, by length: their fixed bits, and the smallest code
+// point that needs them.
 struct Sequence {
   size_t length;
   uint32_t smallest;
@@ -19,7 +20,7 @@ struct Sequence {
 };
 
 constexpr Sequence kSequences[] = {
-    {1, 0, 0x80, 0x00}, {2, 0x80, 0xE0, 0xC0}, {3, 0x800, 0xF0, 0xE0}, {4, 0x10000, 0xF8, 0xF0}};
+    {2, 0x80, 0xE0, 0xC0}, {3, 0x800, 0xF0, 0xE0}, {4, 0x10000, 0xF8, 0xF0}};
 
 bool isCodePoint(uint32_t value, uint32_t smallest) {
   return value >= smallest && value <= 0x10FFFF && (value < 0xD800 || value > 0xDFFF);
@@ -40,6 +41,7 @@ std::string_view withoutBlanks(std::string_view bytes) {
 
 std::optional<std::pair<char32_t, size_t>> decodeUtf8(std::string_view bytes) {
   const auto first = static_cast<uint8_t>(bytes[0]);
+  if (first < 0x80) return std::pair{static_cast<char32_t>(first), size_t{1}};
   const auto* form = std::find_if(std::begin(kSequences), std::end(kSequences),
                                   [&](const auto& s) { return (first & s.mask) == s.lead; });
   if (form == std::end(kSequences) || form->length > bytes.size()) return {};
@@ -55,7 +57,9 @@ std::optional<std::pair<char32_t, size_t>> decodeUtf8(std::string_view bytes) {
 
 std::u32string cleanCharacters(std::string_view bytes, size_t longest) {
   std::u32string text;
-  for (bytes = withoutBlanks(bytes); !bytes.empty() && text.size() < longest;) {
+  bytes = withoutBlanks(bytes);
+  text.reserve(std::min(bytes.size(), longest));
+  for (; !bytes.empty() && text.size() < longest;) {
     const auto decoded = decodeUtf8(bytes);
     const bool isClean = decoded && !isControl(decoded->first);
     text += isClean ? decoded->first : static_cast<char32_t>(kReplacementCharacter);

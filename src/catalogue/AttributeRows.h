@@ -45,4 +45,15 @@ constexpr std::array<velAttribDef, classicCount + addedCount - 1> joinAttributes
   return joined;
 }
 
+// The same list with another enumeration for one of its attributes.
+template <size_t count>
+constexpr std::array<velAttribDef, count> withEnumeration(std::array<velAttribDef, count> attribs,
+                                                          uint32_t id,
+                                                          const velEnumDef* enumTable) {
+  for (velAttribDef& attrib : attribs) {
+    if (attrib.id == id) attrib.enumTable = enumTable;
+  }
+  return attribs;
+}
+
 }  // namespace quenlor

@@ -53,7 +53,10 @@ constexpr auto MODERN_UNIX_PAR_ATTRS_DEF =
 constexpr auto MODERN_SCAN_INFO_ATTRS_DEF =
     joinAttributes(SCAN_INFO_ATTRS_DEF, modern::SCAN_INFO_ATTRS_DEF);
 constexpr auto MODERN_PART_ATTRS_DEF = joinAttributes(PART_ATTRS_DEF, modern::PART_ATTRS_DEF);
-constexpr auto MODERN_SMBIOS_ATTRS_DEF = joinAttributes(SMBIOS_ATTRS_DEF, modern::SMBIOS_ATTRS_DEF);
+constexpr uint32_t kEnclosureType = 15;
+constexpr auto MODERN_SMBIOS_ATTRS_DEF =
+    withEnumeration(joinAttributes(SMBIOS_ATTRS_DEF, modern::SMBIOS_ATTRS_DEF), kEnclosureType,
+                    MODERN_ENCLOSURE_TYPE_ENUM_DEF);
 constexpr auto MODERN_PCI_DEVICE_ATTRS_DEF =
     joinAttributes(PCI_DEVICE_ATTRS_DEF, modern::PCI_DEVICE_ATTRS_DEF);
 constexpr auto MODERN_LPAR_ATTRS_DEF = joinAttributes(LPAR_ATTRS_DEF, modern::LPAR_ATTRS_DEF);

@@ -46,23 +46,24 @@ bool isPlain(std::string_view document) {
   return true;
 }
 
-bool has(std::string_view tag, const std::string& number) {
-  return tag.find('"' + number + '"') != std::string_view::npos ||
-         tag.find('\'' + number + '\'') != std::string_view::npos;
+bool hasEither(std::string_view tag, const std::string& text, const std::string& other) {
+  return tag.find(text) != std::string_view::npos || tag.find(other) != std::string_view::npos;
 }
 
 }  // namespace
 
 std::string withModelOnly(std::string_view document, int model) {
   if (!isPlain(document)) return std::string(document);
-  const std::string number = std::to_string(model);
+  const std::string number = '"' + std::to_string(model) + '"';
+  const std::string inApostrophes = '\'' + std::to_string(model) + '\'';
   std::string kept;
   while (!document.empty()) {
     document.remove_prefix(std::min(document.find('<'), document.size()));
     const std::string_view markup = markupAt(document);
     document.remove_prefix(markup.size());
+    if (markup.starts_with(kCommentStart)) continue;
     const bool isOther = !markup.starts_with(kElement) || !markup.ends_with("/>");
-    if (!markup.starts_with(kCommentStart) && (isOther || has(markup, number))) kept += markup;
+    if (isOther || hasEither(markup, number, inApostrophes)) kept += markup;
   }
   return kept;
 }
@@ -70,8 +71,14 @@ std::string withModelOnly(std::string_view document, int model) {
 ProcessorDescriptions::ProcessorDescriptions(const std::string& path)
     : m_document(readWholeFile(path).bytes) {}
 
-std::vector<std::unique_ptr<ProcessorInfo>> ProcessorDescriptions::ofModel(int model) const {
-  std::vector<std::unique_ptr<ProcessorInfo>> found;
+const ProcessorDescriptions::Descriptions& ProcessorDescriptions::ofModel(int model) {
+  const auto [found, isNew] = m_found.try_emplace(model);
+  if (isNew) found->second = parse(model);
+  return found->second;
+}
+
+ProcessorDescriptions::Descriptions ProcessorDescriptions::parse(int model) const {
+  Descriptions found;
   std::string document = withModelOnly(m_document, model);
   if (document.empty()) return found;
   const FileStream stream(::fmemopen(document.data(), document.size(), "r"));

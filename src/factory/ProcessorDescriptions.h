@@ -1,6 +1,7 @@
 // The processor descriptions of the hardware configuration file, of which a scan wants one or two.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -20,12 +21,17 @@ class ProcessorDescriptions {
  public:
   explicit ProcessorDescriptions(const std::string& path);
 
+  using Descriptions = std::vector<std::unique_ptr<ProcessorInfo>>;
+
   // Those that may be of the model, in the file's order; none where the file is missing, malformed
-  // or longer than a text file may be.
-  std::vector<std::unique_ptr<ProcessorInfo>> ofModel(int model) const;
+  // or longer than a text file may be. Packages are mostly alike: a model is looked up once.
+  const Descriptions& ofModel(int model);
 
  private:
+  Descriptions parse(int model) const;
+
   std::string m_document;
+  std::map<int, Descriptions> m_found;
 };
 
 }  // namespace quenlor

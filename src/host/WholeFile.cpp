@@ -18,7 +18,7 @@ constexpr char kBlanks[] = " \t\r\n\v\f";
 // Reads on until the file ends or more than `limit` bytes are there. 0 or an errno.
 int readToEnd(int fd, size_t limit, const PieceTaker& take) {
   std::array<char, kPiece> piece;  // not cleared: most files are a line
-  for (size_t taken = 0; taken <= limit;) {
+  for (size_t taken = 0;;) {
     const ssize_t count = host().read(fd, piece.data(), piece.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return errno;
@@ -27,7 +27,6 @@ int readToEnd(int fd, size_t limit, const PieceTaker& take) {
     take({piece.data(), static_cast<size_t>(count)});
     if (taken > limit) return EFBIG;
   }
-  return 0;
 }
 
 // The file, open and known to be a regular one; else no descriptor, and why.
@@ -78,11 +77,16 @@ WholeFile readWholeFile(const std::string& path, size_t limit) {
 }
 
 std::optional<std::string> readAttribute(const std::string& path) {
-  FileStatus status = FileStatus::kAbsent;
+  FileStatus ignored = FileStatus::kAbsent;
+  return readAttribute(path, ignored);
+}
+
+std::optional<std::string> readAttribute(const std::string& path, FileStatus& status) {
   const Descriptor descriptor = openRegular(path, status);
   if (!descriptor) return {};
   std::array<char, kPage> page;
   const ssize_t count = host().read(descriptor.get(), page.data(), page.size());
+  status = count < 0 ? fileStatusOf(errno) : FileStatus::kRead;
   if (count < 0) return {};
   std::string value(page.data(), static_cast<size_t>(count));
   value.erase(value.find_last_not_of(kBlanks) + 1);

@@ -40,6 +40,8 @@ FileStatus readPieces(const std::string& path, size_t limit, const PieceTaker& t
 // One value of sysfs: a page at most in one read, without blanks and line ends at its end. Nothing
 // when it cannot be read; an empty file is an empty value.
 std::optional<std::string> readAttribute(const std::string& path);
+// The same; the status tells why there is nothing.
+std::optional<std::string> readAttribute(const std::string& path, FileStatus& status);
 
 // The status that an errno of open or read means.
 FileStatus fileStatusOf(int error);

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <unordered_map>
 
 #include "base/ExitStatus.h"
 #include "log/CcLogWrapper.h"
@@ -40,21 +41,53 @@ void printValue(FILE* file, const velGroupDef* group, const VelTableAttrib& attr
   }
 }
 
+// What stands around a value.
+struct Tags {
+  std::string start;
+  std::string end;
+};
+
 // An id that the group's record lacks gets an element without a name: the fault is to be seen.
-void printAttribute(FILE* file, const velGroupDef* group, const VelTableAttrib& attrib) {
-  const uint32_t id = attrib.getId();
+Tags makeTags(const velGroupDef* group, uint32_t id) {
   const ElementName name(spaceOut(getAttribNameFromId(group, id)));
-  std::fprintf(file, isKey(group, id) != 0 ? "\n\t\t<%s IsKey=\"1\">" : "\n\t\t<%s>", name.get());
-  printValue(file, group, attrib);
-  std::fprintf(file, "</%s>", name.get());
+  const std::string element = name.get();
+  return {"\n\t\t<" + element + (isKey(group, id) != 0 ? " IsKey=\"1\">" : ">"),
+          "</" + element + ">"};
 }
 
-void printRow(FILE* file, const VelTable& table, const char* groupElement, VelTableRow& row) {
+// The tags of a table's attributes, made when the first row needs them.
+class AttributeTags {
+ public:
+  explicit AttributeTags(const velGroupDef* group) : m_group(group) {}
+  const Tags& of(uint32_t id) {
+    const auto [found, isNew] = m_tags.try_emplace(id);
+    if (isNew) found->second = makeTags(m_group, id);
+    return found->second;
+  }
+
+ private:
+  const velGroupDef* m_group;
+  std::unordered_map<uint32_t, Tags> m_tags;
+};
+
+void print(FILE* file, const std::string& text) { std::fwrite(text.data(), 1, text.size(), file); }
+
+void printAttribute(FILE* file, const velGroupDef* group, const Tags& tags,
+                    const VelTableAttrib& attrib) {
+  print(file, tags.start);
+  printValue(file, group, attrib);
+  print(file, tags.end);
+}
+
+void printRow(FILE* file, const VelTable& table, const char* groupElement, AttributeTags& tags,
+              VelTableRow& row) {
   const velGroupDef* group = table.getGroupDefinitionFromId();
   std::fprintf(file, "\n\n\t<%s version=\"%" PRId32 "\">", groupElement,
                static_cast<int32_t>(table.getGroupVersion()));
   row.reset();
-  while (const VelTableAttrib* attrib = row.getNext()) printAttribute(file, group, *attrib);
+  while (const VelTableAttrib* attrib = row.getNext()) {
+    printAttribute(file, group, tags.of(attrib->getId()), *attrib);
+  }
   std::fprintf(file, "\n\t</%s>", groupElement);
 }
 
@@ -63,9 +96,10 @@ void printRows(FILE* file, VelTable& table) {
   const velGroupDef* group = table.getGroupDefinitionFromId();
   const bool keyed = group != nullptr && group->keys != nullptr;
   const ElementName groupElement(spaceOut(table.getGroupName()));
+  AttributeTags tags(group);
   table.reset();
   while (VelTableRow* row = table.getNext()) {
-    printRow(file, table, groupElement.get(), *row);
+    printRow(file, table, groupElement.get(), tags, *row);
     if (!keyed) break;
   }
 }
@@ -122,7 +156,7 @@ int PrintEnumActual(FILE* file, const velGroupDef* group, uint32_t attribId,
   const auto value = readNumber<uint32_t>(blockValue(block));
   for (const velEnumDef* pair = attrib->enumTable; pair->value != kCatalogueEnd; ++pair) {
     if (pair->value != value) continue;
-    std::fprintf(file, "%s", pair->text);
+    std::fputs(pair->text, file);
     return 1;
   }
   return 0;

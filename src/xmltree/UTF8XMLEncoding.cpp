@@ -13,6 +13,8 @@ bool isForbidden(uint32_t character) {
   return character == 0xFFFE || character == 0xFFFF;
 }
 
+bool isPlain(uint32_t character) { return character >= 0x20 && character < 0x7F; }
+
 void appendEscaped(std::string& out, uint32_t character) {
   switch (character) {
     case '&':
@@ -28,7 +30,11 @@ void appendEscaped(std::string& out, uint32_t character) {
       out += "&#13;";
       break;
     default:
-      appendUtf8(out, isForbidden(character) ? kReplacementCharacter : character);
+      if (isPlain(character)) {
+        out += static_cast<char>(character);
+      } else {
+        appendUtf8(out, isForbidden(character) ? kReplacementCharacter : character);
+      }
   }
 }
 

@@ -48,6 +48,19 @@ class EnumerationsTest(unittest.TestCase):
     def test_refuses_a_value_that_appears_twice(self):
         self.assert_refused(b"1\tOne\n1\tUno\n", "appears twice")
 
+    def test_lists_joined_by_a_plus_follow_each_other_and_share_no_value(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder)
+            (path / "a.tsv").write_text("2\tTwo\n1\tOne\n")
+            (path / "b.tsv").write_text("# later\n3\tThree\n")
+            command = [sys.executable, GENERATOR, path / "out.cpp"]
+            subprocess.run(command + [f"LIST={path / 'a.tsv'}+{path / 'b.tsv'}"], check=True)
+            self.assertIn('{2, "Two"},\n    {1, "One"},\n    {3, "Three"},\n    {kCatalogueEnd',
+                          (path / "out.cpp").read_text())
+            run = subprocess.run(command + [f"LIST={path / 'a.tsv'}+{path / 'a.tsv'}"],
+                                 capture_output=True, text=True, check=False)
+            self.assertIn("appears twice", run.stderr)
+
     def test_refuses_an_empty_list(self):
         self.assert_refused(b"# nothing\n", "empty")
 

@@ -36,7 +36,8 @@ class TwoScans(unittest.TestCase):
         return first, second
 
     def wait_until(self, condition):
-        for _ in range(2000):
+        end = time.monotonic() + 20
+        while time.monotonic() < end:
             if condition():
                 return
             time.sleep(0.001)

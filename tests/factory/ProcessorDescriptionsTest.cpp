@@ -42,7 +42,7 @@ TEST(ProcessorDescriptions, ofTheShippedFileAreAllThoseOfAModelInTheirOrder) {
         child->attribute("TypeEnum"));
   }
   ASSERT_GT(everyModel.size(), 50u);
-  const ProcessorDescriptions known(kShipped);
+  ProcessorDescriptions known(kShipped);
   for (const auto& [model, types] : everyModel) {
     std::vector<String> found;
     for (const auto& description : known.ofModel(model)) {

@@ -8,11 +8,14 @@ changes it less than the time on the wall); the best of several runs counts on b
 import argparse
 import os
 import re
-import resource
-import shutil
 import subprocess
 import sys
 import tempfile
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+
+from timed_scan import install, seconds  # noqa: E402
 
 SKIP = 77
 RUNS = 7
@@ -57,28 +60,6 @@ def make_interfaces(kind, count):
                    stdout=subprocess.DEVNULL)
 
 
-def install(options, directory):
-    program = shutil.copy(options.quenlor, os.path.join(directory, "quenlor"))
-    with open(os.path.join(directory, "quenlor.conf"), "w") as file:
-        file.write(f"hwscanner.sources = modern\nconfig_dir = {options.data}\n")
-    config = os.path.join(directory, "scan.xml")
-    with open(config, "w") as file:
-        groups = "".join(f'<Group Name="{name}"/>' for name in GROUPS)
-        file.write(f"<Hardware>{groups}</Hardware>")
-    return [program, "-c", config]
-
-
-def children_seconds():
-    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
-    return usage.ru_utime + usage.ru_stime
-
-
-def seconds(command):
-    start = children_seconds()
-    output = subprocess.run(command, check=True, capture_output=True).stdout
-    return children_seconds() - start, output
-
-
 def best(commands):
     """The shortest time of each command, and its last output; the commands take turns."""
     times = [float("inf")] * len(commands)
@@ -105,7 +86,7 @@ def measure(options):
     before = existing()
     make_interfaces(kind, options.count)
     with tempfile.TemporaryDirectory() as directory:
-        scan = install(options, directory)
+        scan = install(options, directory, GROUPS)
         (of_ip, of_scan), (_, document) = best([["ip", "-j", "addr"], scan])
     rows = lambda name: len(re.findall(rb"<" + name + rb"\b", document))
     is_right = check("adapters", rows(b"NetworkAdapter"), before + options.count)

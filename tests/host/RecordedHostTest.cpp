@@ -280,6 +280,20 @@ TEST(RecordedHost, ethtoolAnswersAsTheKernelDoes) {
   EXPECT_EQ(machine.openDescriptors(), 0);
 }
 
+TEST(RecordedHost, theZoneIsThatOfItsEnvironmentAndTheProcessKeepsItsOwn) {
+  const TemporaryDirectory directory;
+  const char* former = std::getenv("TZ");
+  const std::string zone = former == nullptr ? "" : former;
+  EXPECT_EQ(RecordedHost(directory.path()).timeZone().name, "UTC");
+  directory.write("environment", "TZ=CET-1CEST,M3.5.0,M10.5.0/3\n");
+  RecordedHost machine(directory.path());
+  EXPECT_EQ(machine.timeZone().secondsWest, -3600);
+  EXPECT_TRUE(machine.timeZone().daylight);
+  EXPECT_EQ(machine.timeZone().daylightName, "CEST");
+  const char* present = std::getenv("TZ");
+  EXPECT_EQ(zone, present == nullptr ? "" : present);
+}
+
 TEST(RecordedHost, systemFactsComeFromTheirFiles) {
   const TemporaryDirectory directory;
   directory.write("uname", "Linux\nnode\n6.1.0-18-amd64\n#1 SMP\nx86_64\n");

@@ -46,7 +46,7 @@ TEST_F(SecureTemporary, plantedFileIsRemovedFirst) {
 }
 
 TEST_F(SecureTemporary, directoryWhereOthersMayReplaceFilesIsRefused) {
-  for (const mode_t mode : {0777, 0775, 0757}) {
+  for (const mode_t mode : {0777U, 0775U, 0757U}) {
     machine.permissions["/tmp"] = mode;
     EXPECT_FALSE(secureTemporaryFile(kName)) << std::oct << mode;
   }

@@ -70,15 +70,15 @@ TEST_F(EarlierScanTest, lockingMakesNoFile_andAsksForNoRightToWrite) {
 }
 
 TEST(EarlierScan, programOnRemoteFileSystemIsNotLocked_itsServerMayBeTheDeadOne) {
-  for (const uint32_t type : {NFS_SUPER_MAGIC, SMB_SUPER_MAGIC, AFS_SUPER_MAGIC, CODA_SUPER_MAGIC,
-                              V9FS_MAGIC, NCP_SUPER_MAGIC, OCFS2_SUPER_MAGIC}) {
-    EXPECT_TRUE(EarlierScan::mayHang(type)) << std::hex << type;
+  for (const auto type : {NFS_SUPER_MAGIC, SMB_SUPER_MAGIC, AFS_SUPER_MAGIC, CODA_SUPER_MAGIC,
+                          V9FS_MAGIC, NCP_SUPER_MAGIC, OCFS2_SUPER_MAGIC}) {
+    EXPECT_TRUE(EarlierScan::mayHang(static_cast<uint32_t>(type))) << std::hex << type;
   }
   EXPECT_TRUE(EarlierScan::mayHang(0x65735546)) << "FUSE";
   EXPECT_TRUE(EarlierScan::mayHang(0xFF534D42)) << "CIFS";
-  for (const uint32_t type :
+  for (const auto type :
        {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, OVERLAYFS_SUPER_MAGIC, TMPFS_MAGIC, SQUASHFS_MAGIC}) {
-    EXPECT_FALSE(EarlierScan::mayHang(type)) << std::hex << type;
+    EXPECT_FALSE(EarlierScan::mayHang(static_cast<uint32_t>(type))) << std::hex << type;
   }
   EXPECT_FALSE(EarlierScan::mayHang(BTRFS_SUPER_MAGIC));
 }

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Fails when a group of the catalogue lacks its collector, its unit test, or a document that is compared.
+"""Fails when a group of the catalogue lacks its collector, its unit test, or a document that is compared, or
+when no recorded machine has an attribute of the modern sources.
 
 Usage: catalogue_is_covered.py <source directory> <describe_catalogue program>
 """
@@ -29,6 +30,32 @@ def identifiers_of(source):
             re.findall(r"inline constexpr uint32_t (k\w+) = (\d+);", text)}
 
 
+def modern_attributes(source):
+    """(group, attribute) of what the modern sources add to the catalogue."""
+    group = ""
+    for line in (source / "tests/catalogue/modern-catalogue.txt").read_text().splitlines():
+        kind, name = re.match(r'(group|\d+) (?:\d+ )?"([^"]*)"', line).groups()
+        if kind == "group":
+            group = name
+        else:
+            yield group, name
+
+
+def element_name(name):
+    return re.sub(r"[^A-Za-z0-9_.:-]", "", name)
+
+
+def recorded_elements(source):
+    """{(row element, attribute element)} of all golden documents of recorded machines."""
+    found = set()
+    for path in (source / "tests/recorded").rglob("golden.xml"):
+        row = ""
+        for tabs, element in re.findall(r"^(\t+)<([^ />]+)", path.read_text(), re.MULTILINE):
+            row = element if tabs == "\t" else row
+            found.add((row, element))
+    return found
+
+
 def main():
     source, program = pathlib.Path(sys.argv[1]), sys.argv[2]
     sources, identifiers = sources_of(source), identifiers_of(source)
@@ -48,6 +75,10 @@ def main():
             continue  # fixture machines with goldens are scanned with the classic sources
         if f"<{element} version=" not in goldens and f'row("{element}")' not in guest:
             missing.append(f"{name}: in no golden document and not compared in the virtual machine")
+    recorded = recorded_elements(source)
+    for group, attribute in modern_attributes(source):
+        if (element_name(group), element_name(attribute)) not in recorded:
+            missing.append(f"{group}: {attribute}: no recorded machine has it")
     print("\n".join(missing) or "every group has a collector, a unit test and a golden document")
     return 1 if missing else 0
 

@@ -52,13 +52,15 @@ class Skipped(unittest.TestCase):
 
 
 class Tree(unittest.TestCase):
-    """A repository of two headers and three sources."""
+    """A repository of three headers and four sources."""
 
     FILES = {
         "src/base/Text.h": "",
         "src/host/Host.h": '#include "base/Text.h"\n',
         "src/host/Host.cpp": '#include "host/Host.h"\n',
         "src/scan/main.cpp": '#include <string>\n\n#include "host/Host.h"\n',
+        "src/scan/Options.h": "",
+        "src/scan/Options.cpp": '#include "scan/Options.h"\n',
         "src/scan/other.cpp": "#include <string>\n",
     }
 
@@ -83,9 +85,8 @@ class Tree(unittest.TestCase):
         self.git("commit", "--quiet", "--allow-empty", "--message", message)
         return self.git("rev-parse", "HEAD")
 
-    def reached(self, *changed):
-        files = [pathlib.Path(name) for name in self.FILES]
-        return tidy_files.reached_from(changed, files) & {n for n in self.FILES if n.endswith(".cpp")}
+    def concerned(self, *changed):
+        return tidy_files.concerned(set(changed), [pathlib.Path(name) for name in self.FILES])
 
 
 class MergeBase(Tree):
@@ -114,12 +115,21 @@ class MergeBase(Tree):
         self.assertIsNone(tidy_files.merge_base())
 
 
-class Reached(Tree):
-    def test_header_reaches_all_that_include_it_however_indirectly(self):
-        self.assertEqual({"src/host/Host.cpp", "src/scan/main.cpp"}, self.reached("src/base/Text.h"))
+class Concerned(Tree):
+    SOURCES = {name for name in Tree.FILES if name.endswith(".cpp")}
 
-    def test_source_reaches_itself_alone(self):
-        self.assertEqual({"src/scan/other.cpp"}, self.reached("src/scan/other.cpp"))
+    def test_header_concerns_the_sources_that_name_it(self):
+        self.assertEqual({"src/scan/Options.cpp"}, self.concerned("src/scan/Options.h"))
+
+    def test_header_concerns_all_where_more_than_half_include_it_however_indirectly(self):
+        pathlib.Path("src/scan/other.cpp").write_text('#include "host/Host.h"\n')
+        self.assertEqual(self.SOURCES, self.concerned("src/base/Text.h"))
+
+    def test_half_of_the_sources_is_not_most(self):
+        self.assertEqual({"src/host/Host.cpp", "src/scan/main.cpp"}, self.concerned("src/host/Host.h"))
+
+    def test_source_concerns_itself_alone(self):
+        self.assertEqual({"src/scan/other.cpp"}, self.concerned("src/scan/other.cpp"))
 
     def test_uncommitted_and_untracked_files_are_changed(self):
         pathlib.Path("src/base/Text.h").write_text("// new\n")

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "tests/recorded/RecordedScan.h"
+#include "tests/support/RecordedHost.h"
 
 namespace quenlor::test {
 namespace {
@@ -64,7 +65,7 @@ TEST_P(GoldenDocuments, areWhatAScanGives) {
     if (document.kind == Document::kList) continue;  // names the incomplete groups
     EXPECT_EQ(output.errors, "");
   }
-  EXPECT_EQ(schemaErrors(fileText(directory() + "/golden.xml")), "");
+  EXPECT_EQ(schemaErrors({fileText(directory() + "/golden.xml")}), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Recorded, GoldenDocuments, testing::ValuesIn(machineNames()),

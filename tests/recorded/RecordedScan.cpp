@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
+#include <sstream>
 
 #include "config/DovCfg.h"
 #include "factory/GroupFactory.h"
@@ -86,11 +88,14 @@ ScanOutput scanHost(Document kind, const std::string& configuration) {
   return output;
 }
 
-std::string schemaErrors(const std::string& document) {
+std::string schemaErrors(const std::vector<std::string>& documents) {
   const TemporaryDirectory directory;
-  const std::string file = directory.write("document.xml", document);
+  std::string files;
+  for (const std::string& document : documents) {
+    files += " '" + directory.write(std::to_string(files.size()) + ".xml", document) + "'";
+  }
   const std::string command =
-      "xmllint --noout --schema '" QUENLOR_BINARY_DIR "/tools/quenlor.xsd' '" + file + "' 2>&1";
+      "xmllint --noout --schema '" QUENLOR_BINARY_DIR "/tools/quenlor.xsd'" + files + " 2>&1";
   FILE* const lint = ::popen(command.c_str(), "r");
   if (lint == nullptr) return "xmllint cannot be started";
   std::string said;
@@ -99,6 +104,30 @@ std::string schemaErrors(const std::string& document) {
     said.append(piece.data(), count);
   }
   return ::pclose(lint) == 0 ? std::string() : said;
+}
+
+std::ostream& operator<<(std::ostream& stream, const DocumentRow& row) {
+  stream << "\n" << row.group;
+  for (const auto& [name, value] : row.values) stream << " " << name << "=" << value;
+  return stream;
+}
+
+// A line each: the start tag of a row, one of its elements, the end tag.
+std::vector<DocumentRow> rowsOfDocument(const std::string& xml) {
+  std::vector<DocumentRow> rows;
+  std::istringstream stream(xml);
+  for (std::string line; std::getline(stream, line);) {
+    const size_t name = line.find('<') + 1;
+    const size_t nameEnd = line.find_first_of(" >", name);
+    if (line.starts_with("\t\t<")) {
+      const size_t text = line.find('>') + 1;
+      rows.back().values[line.substr(name, nameEnd - name)] =
+          line.substr(text, line.rfind("</") - text);
+    } else if (line.starts_with("\t<") && line[name] != '/') {
+      rows.push_back({line.substr(name, nameEnd - name), {}});
+    }
+  }
+  return rows;
 }
 
 }  // namespace quenlor::test

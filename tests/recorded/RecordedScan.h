@@ -2,11 +2,10 @@
 // RecordedHost.
 #pragma once
 
-#include <filesystem>
+#include <map>
+#include <ostream>
 #include <string>
 #include <vector>
-
-#include "tests/support/RecordedHost.h"
 
 namespace quenlor::test {
 
@@ -24,8 +23,20 @@ struct ScanOutput {
 // else UTC. Not from several threads at once.
 ScanOutput scanHost(Document kind, const std::string& configuration = {});
 
-// The lines of xmllint that tell why an XML document is not what the generated schema allows; empty
-// when it is.
-std::string schemaErrors(const std::string& document);
+// The lines of xmllint that tell why XML documents are not what the generated schema allows; empty
+// when all of them are.
+std::string schemaErrors(const std::vector<std::string>& documents);
+
+// One row of a group in an XML document: the texts of its elements, by name.
+struct DocumentRow {
+  std::string group;  // the element's name, "ScanResult"
+  std::map<std::string, std::string> values;
+
+  bool operator==(const DocumentRow& other) const = default;
+};
+// For a person who reads what a test found.
+std::ostream& operator<<(std::ostream& stream, const DocumentRow& row);
+// All rows in their order. Only of documents as the XML writer makes them.
+std::vector<DocumentRow> rowsOfDocument(const std::string& xml);
 
 }  // namespace quenlor::test

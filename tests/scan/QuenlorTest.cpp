@@ -13,6 +13,7 @@
 #include "factory/GroupFactory.h"
 #include "host/ScanState.h"
 #include "listing/EntryBuilder.h"
+#include "log/CcLogWrapper.h"
 #include "tables/VelTable.h"
 #include "tests/support/CapturedTraces.h"
 #include "tests/support/FakeHost.h"

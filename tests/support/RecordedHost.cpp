@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -27,6 +29,27 @@ void eachLine(const std::string& text, const std::function<void(const std::strin
     if (!line.empty() && line.front() != '#') take(line);
   }
 }
+
+// Sets the process' zone for its lifetime.
+class ZoneScope {
+ public:
+  explicit ZoneScope(const char* zone) {
+    if (const char* former = std::getenv("TZ")) m_former = former;
+    ::setenv("TZ", zone, 1);
+    ::tzset();
+  }
+  ~ZoneScope() {
+    m_former ? ::setenv("TZ", m_former->c_str(), 1) : ::unsetenv("TZ");
+    ::tzset();
+  }
+  ZoneScope(const ZoneScope&) = delete;
+  ZoneScope& operator=(const ZoneScope&) = delete;
+
+  static TimeZone zone() { return {::timezone, ::daylight != 0, ::tzname[0], ::tzname[1]}; }
+
+ private:
+  std::optional<std::string> m_former;
+};
 
 std::string contentOf(const std::filesystem::path& file) {
   std::ostringstream content;
@@ -82,6 +105,8 @@ RecordedHost::RecordedHost(const std::filesystem::path& directory) : m_scope(*th
   takeUname(optionalFile("uname"));
   takeClocks(optionalFile("clock"));
   takeEnvironment(optionalFile("environment"));
+  const ZoneScope scope(getenv("TZ") == nullptr ? "UTC0" : getenv("TZ"));
+  m_zone = ZoneScope::zone();
   eachLine(optionalFile("programs.txt"), [this](const std::string& line) { takeProgram(line); });
 }
 

@@ -74,7 +74,7 @@ class RecordedHost : public Host {
   int getNprocsConf() override { return getNprocs(); }
   long sysconf(int name) override;
   bool findUtmp(short, struct utmp*) override { return false; }
-  TimeZone timeZone() override { return {}; }
+  TimeZone timeZone() override { return m_zone; }
   const char* setlocale(int, const char*) override { return "C"; }
   const char* getenv(const char* name) override;
   uid_t geteuid() override { return m_user; }
@@ -128,6 +128,7 @@ class RecordedHost : public Host {
   struct utsname m_uname {};
   std::map<clockid_t, struct timespec> m_clocks;
   std::map<std::string, std::string> m_environment;
+  TimeZone m_zone;
   FlatJson m_fileSystems;
   FlatJson m_ethtool;
   struct ProgramResult {

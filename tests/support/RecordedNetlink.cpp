@@ -1,11 +1,9 @@
 #include "tests/support/RecordedNetlink.h"
 
-#include <arpa/inet.h>
 #include <linux/ethtool.h>
 #include <linux/ethtool_netlink.h>
 #include <linux/fib_rules.h>
 #include <linux/genetlink.h>
-#include <linux/if_addr.h>
 #include <linux/if_link.h>
 #include <linux/rtnetlink.h>
 #include <net/if.h>
@@ -16,6 +14,7 @@
 #include <stdexcept>
 
 #include "tests/support/NetlinkBytes.h"
+#include "tests/support/RecordedNetlinkWords.h"
 #include "tests/support/RecordedTree.h"
 
 namespace quenlor::test {
@@ -23,67 +22,6 @@ namespace {
 
 constexpr uint16_t kEthtoolFamily = 21;  // as the kernel numbers it on most machines
 constexpr uint32_t kForEver = 0xFFFFFFFF;
-
-using Numbers = std::map<std::string, uint32_t>;
-
-const Numbers HARDWARE_TYPES{{"loopback", ARPHRD_LOOPBACK},
-                             {"ether", ARPHRD_ETHER},
-                             {"infiniband", ARPHRD_INFINIBAND},
-                             {"ppp", ARPHRD_PPP},
-                             {"none", 65534},
-                             {"ipip", ARPHRD_TUNNEL},
-                             {"sit", ARPHRD_SIT},
-                             {"ieee80211", ARPHRD_IEEE80211}};
-const Numbers STATES{{"unknown", 0}, {"notpresent", 1}, {"down", 2}, {"lowerlayerdown", 3},
-                     {"testing", 4}, {"dormant", 5},    {"up", 6}};
-const Numbers SCOPES{{"global", RT_SCOPE_UNIVERSE},
-                     {"site", RT_SCOPE_SITE},
-                     {"link", RT_SCOPE_LINK},
-                     {"host", RT_SCOPE_HOST}};
-const Numbers ORIGINS{
-    {"lo", IFAPROT_KERNEL_LO}, {"ra", IFAPROT_KERNEL_RA}, {"ll", IFAPROT_KERNEL_LL}};
-const Numbers DUPLEXES{{"half", DUPLEX_HALF}, {"full", DUPLEX_FULL}, {"unknown", DUPLEX_UNKNOWN}};
-const Numbers FAMILIES{{"ipv4", AF_INET}, {"ipv6", AF_INET6}};
-
-uint32_t valueIn(const Numbers& numbers, const std::string& word) {
-  const auto found = numbers.find(word);
-  if (found == numbers.end()) throw std::runtime_error("network.txt, unknown word: " + word);
-  return found->second;
-}
-
-// "00:1b:21:aa:bb:cc" as bytes; colons may be left out.
-std::string hardwareAddress(const std::string& text) {
-  std::string digits;
-  std::string bytes;
-  for (const char character : text) {
-    if (character != ':') digits += character;
-    if (digits.size() < 2) continue;
-    bytes += static_cast<char>(std::stoi(digits, nullptr, 16));
-    digits.clear();
-  }
-  return bytes;
-}
-
-struct Prefix {
-  uint8_t family = AF_INET;
-  uint8_t length = 0;
-  std::string bytes;
-};
-
-Prefix prefixOf(const std::string& text) {
-  const size_t slash = text.find('/');
-  const std::string address = text.substr(0, slash);
-  Prefix prefix;
-  prefix.family = address.find(':') == std::string::npos ? AF_INET : AF_INET6;
-  prefix.bytes.resize(prefix.family == AF_INET ? 4 : 16);
-  if (::inet_pton(prefix.family, address.c_str(), prefix.bytes.data()) != 1) {
-    throw std::runtime_error("network.txt, no address: " + text);
-  }
-  const auto whole = static_cast<uint8_t>(prefix.bytes.size() * 8);
-  prefix.length =
-      slash == std::string::npos ? whole : static_cast<uint8_t>(std::stoul(text.substr(slash + 1)));
-  return prefix;
-}
 
 std::string nested(uint16_t type, const std::string& attributes) {
   return attribute(type | NLA_F_NESTED, attributes);
@@ -99,16 +37,9 @@ std::string hexOf(const std::string& bytes) {
   return text;
 }
 
-template <class Words>
-std::string nextHop(Words& words) {
-  const std::string gateway = words.word();
-  const uint32_t interface = words.number();
-  const std::string attributes =
-      gateway == "-" ? std::string() : attribute(RTA_GATEWAY, prefixOf(gateway).bytes);
-  rtnexthop hop{};
-  hop.rtnh_len = static_cast<uint16_t>(sizeof hop + attributes.size());
-  hop.rtnh_ifindex = static_cast<int>(interface);
-  return bytesOf(hop) + attributes;
+// Tables above 255 stand in an attribute only.
+uint8_t shortTable(uint32_t table) {
+  return static_cast<uint8_t>(table < 256 ? table : uint32_t{RT_TABLE_COMPAT});
 }
 
 }  // namespace
@@ -116,6 +47,9 @@ std::string nextHop(Words& words) {
 // The words of one line, taken one after the other.
 class RecordedNetlink::Words {
  public:
+  // Takes the value behind a name.
+  using Take = std::function<void(Words&)>;
+
   explicit Words(const std::string& line) : m_line(line), m_stream(line) {}
 
   std::string word() {
@@ -130,11 +64,39 @@ class RecordedNetlink::Words {
     return rest;
   }
 
-  // The other words as a name and its value each.
-  void pairs(const std::function<bool(const std::string& name)>& take) {
+  // The other words: names of these, each with its value.
+  void pairs(const std::map<std::string, Take>& names) {
     for (std::string name; m_stream >> name;) {
-      if (!take(name)) throw std::runtime_error("network.txt, unknown \"" + name + "\": " + m_line);
+      const auto found = names.find(name);
+      if (found == names.end()) {
+        throw std::runtime_error("network.txt, unknown \"" + name + "\": " + m_line);
+      }
+      found->second(*this);
     }
+  }
+
+  // What appends a value to a message's attributes: as a number of 32 bits, as the number of a word
+  // in one byte, as a hardware address.
+  static Take numberTo(std::string& attributes, uint16_t type) {
+    return
+        [&attributes, type](Words& words) { attributes += numberAttribute(type, words.number()); };
+  }
+  static Take byteTo(std::string& attributes, uint16_t type, const Numbers& numbers) {
+    return [&attributes, type, &numbers](Words& words) {
+      attributes += numberAttribute(type, static_cast<uint8_t>(valueIn(numbers, words.word())));
+    };
+  }
+  static Take hardwareTo(std::string& attributes, uint16_t type) {
+    return [&attributes, type](Words& words) {
+      attributes += attribute(type, hardwareAddress(words.word()));
+    };
+  }
+  static Take addressTo(std::string& attributes, uint16_t type, uint8_t& length) {
+    return [&attributes, type, &length](Words& words) {
+      const Prefix prefix = prefixOf(words.word());
+      length = prefix.length;
+      attributes += attribute(type, prefix.bytes);
+    };
   }
 
  private:
@@ -163,40 +125,24 @@ void RecordedNetlink::takeLink(Words& words) {
   header.ifi_index = static_cast<int>(words.number());
   header.ifi_type = ARPHRD_ETHER;
   std::string attributes = textAttribute(IFLA_IFNAME, words.word());
-  std::string kind;
+  std::string info;
   std::string data;
-  words.pairs([&](const std::string& name) {
-    if (name == "type")
-      header.ifi_type = static_cast<uint16_t>(valueIn(HARDWARE_TYPES, words.word()));
-    else if (name == "address")
-      attributes += attribute(IFLA_ADDRESS, hardwareAddress(words.word()));
-    else if (name == "permanent")
-      attributes += attribute(IFLA_PERM_ADDRESS, hardwareAddress(words.word()));
-    else if (name == "mtu")
-      attributes += numberAttribute(IFLA_MTU, words.number());
-    else if (name == "state")
-      attributes +=
-          numberAttribute(IFLA_OPERSTATE, static_cast<uint8_t>(valueIn(STATES, words.word())));
-    else if (name == "master")
-      attributes += numberAttribute(IFLA_MASTER, words.number());
-    else if (name == "parent")
-      attributes += numberAttribute(IFLA_LINK, words.number());
-    else if (name == "netns")
-      attributes += numberAttribute(IFLA_LINK_NETNSID, words.number());
-    else if (name == "kind")
-      kind = words.word();
-    else if (name == "table")
-      data = numberAttribute(IFLA_VRF_TABLE, words.number());
-    else
-      return false;
-    return true;
-  });
+  words.pairs({{"type",
+                [&](Words& w) {
+                  header.ifi_type = static_cast<uint16_t>(valueIn(HARDWARE_TYPES, w.word()));
+                }},
+               {"address", Words::hardwareTo(attributes, IFLA_ADDRESS)},
+               {"permanent", Words::hardwareTo(attributes, IFLA_PERM_ADDRESS)},
+               {"mtu", Words::numberTo(attributes, IFLA_MTU)},
+               {"state", Words::byteTo(attributes, IFLA_OPERSTATE, STATES)},
+               {"master", Words::numberTo(attributes, IFLA_MASTER)},
+               {"parent", Words::numberTo(attributes, IFLA_LINK)},
+               {"netns", Words::numberTo(attributes, IFLA_LINK_NETNSID)},
+               {"kind", [&](Words& w) { info = textAttribute(IFLA_INFO_KIND, w.word()); }},
+               {"table", Words::numberTo(data, IFLA_VRF_TABLE)}});
   if (header.ifi_type == ARPHRD_LOOPBACK) header.ifi_flags = IFF_LOOPBACK;
-  if (!kind.empty()) {
-    std::string info = textAttribute(IFLA_INFO_KIND, kind);
-    if (!data.empty()) info += nested(IFLA_INFO_DATA, data);
-    attributes += nested(IFLA_LINKINFO, info);
-  }
+  if (!data.empty()) info += nested(IFLA_INFO_DATA, data);
+  if (!info.empty()) attributes += nested(IFLA_LINKINFO, info);
   m_links += dumpMessage(RTM_NEWLINK, header, attributes);
 }
 
@@ -209,30 +155,33 @@ void RecordedNetlink::takeAddress(Words& words) {
   ifa_cacheinfo lifetime{kForEver, kForEver, 0, 0};
   uint32_t flags = IFA_F_PERMANENT;
   std::string peer = prefix.bytes;
-  std::string more;
-  words.pairs([&](const std::string& name) {
-    if (name == "scope")
-      header.ifa_scope = static_cast<uint8_t>(valueIn(SCOPES, words.word()));
-    else if (name == "lifetime")
-      lifetime.ifa_valid = lifetime.ifa_prefered = words.number();
-    else if (name == "flags")
-      flags = words.number();
-    else if (name == "peer")
-      peer = prefixOf(words.word()).bytes;
-    else if (name == "origin")
-      more += numberAttribute(IFA_PROTO, static_cast<uint8_t>(valueIn(ORIGINS, words.word())));
-    else
-      return false;
-    return true;
-  });
+  std::string attributes;
+  words.pairs(
+      {{"scope",
+        [&](Words& w) { header.ifa_scope = static_cast<uint8_t>(valueIn(SCOPES, w.word())); }},
+       {"lifetime", [&](Words& w) { lifetime.ifa_valid = lifetime.ifa_prefered = w.number(); }},
+       {"flags", [&](Words& w) { flags = w.number(); }},
+       {"peer", [&](Words& w) { peer = prefixOf(w.word()).bytes; }},
+       {"origin", Words::byteTo(attributes, IFA_PROTO, ORIGINS)}});
   header.ifa_flags = static_cast<uint8_t>(flags);
-  std::string attributes = attribute(IFA_ADDRESS, peer);
+  attributes += attribute(IFA_ADDRESS, peer);
   // In IPv6 the local address stands apart only where there is a peer.
-  if (prefix.family == AF_INET || peer != prefix.bytes)
-    attributes += attribute(IFA_LOCAL, prefix.bytes);
-  attributes +=
-      numberAttribute(IFA_FLAGS, flags) + attribute(IFA_CACHEINFO, bytesOf(lifetime)) + more;
+  const bool hasLocal = prefix.family == AF_INET || peer != prefix.bytes;
+  if (hasLocal) attributes += attribute(IFA_LOCAL, prefix.bytes);
+  attributes += numberAttribute(IFA_FLAGS, flags) + attribute(IFA_CACHEINFO, bytesOf(lifetime));
   m_addresses += dumpMessage(RTM_NEWADDR, header, attributes);
+}
+
+// One of several ways of a route.
+std::string RecordedNetlink::nextHop(Words& words) {
+  const std::string gateway = words.word();
+  const uint32_t interface = words.number();
+  const std::string attributes =
+      gateway == "-" ? std::string() : attribute(RTA_GATEWAY, prefixOf(gateway).bytes);
+  rtnexthop hop{};
+  hop.rtnh_len = static_cast<uint16_t>(sizeof hop + attributes.size());
+  hop.rtnh_ifindex = static_cast<int>(interface);
+  return bytesOf(hop) + attributes;
 }
 
 void RecordedNetlink::takeRoute(Words& words) {
@@ -240,30 +189,18 @@ void RecordedNetlink::takeRoute(Words& words) {
   header.rtm_family = static_cast<uint8_t>(valueIn(FAMILIES, words.word()));
   header.rtm_type = RTN_UNICAST;
   uint32_t table = RT_TABLE_MAIN;
+  uint8_t ignored = 0;
   std::string attributes;
   std::string hops;
-  words.pairs([&](const std::string& name) {
-    if (name == "to") {
-      const Prefix destination = prefixOf(words.word());
-      header.rtm_dst_len = destination.length;
-      attributes += attribute(RTA_DST, destination.bytes);
-    } else if (name == "via")
-      attributes += attribute(RTA_GATEWAY, prefixOf(words.word()).bytes);
-    else if (name == "dev")
-      attributes += numberAttribute(RTA_OIF, words.number());
-    else if (name == "hop")
-      hops += nextHop(words);
-    else if (name == "metric")
-      attributes += numberAttribute(RTA_PRIORITY, words.number());
-    else if (name == "table")
-      table = words.number();
-    else if (name == "protocol")
-      header.rtm_protocol = static_cast<uint8_t>(words.number());
-    else
-      return false;
-    return true;
-  });
-  header.rtm_table = static_cast<uint8_t>(table < 256 ? table : uint32_t{RT_TABLE_COMPAT});
+  words.pairs(
+      {{"to", Words::addressTo(attributes, RTA_DST, header.rtm_dst_len)},
+       {"via", Words::addressTo(attributes, RTA_GATEWAY, ignored)},
+       {"dev", Words::numberTo(attributes, RTA_OIF)},
+       {"hop", [&](Words& w) { hops += nextHop(w); }},
+       {"metric", Words::numberTo(attributes, RTA_PRIORITY)},
+       {"table", [&](Words& w) { table = w.number(); }},
+       {"protocol", [&](Words& w) { header.rtm_protocol = static_cast<uint8_t>(w.number()); }}});
+  header.rtm_table = shortTable(table);
   attributes += numberAttribute(RTA_TABLE, table);
   if (!hops.empty()) attributes += attribute(RTA_MULTIPATH, hops);
   (header.rtm_family == AF_INET ? m_routes4 : m_routes6) +=
@@ -276,48 +213,31 @@ void RecordedNetlink::takeRule(Words& words) {
   header.action = FR_ACT_TO_TBL;
   uint32_t table = RT_TABLE_MAIN;
   std::string attributes;
-  words.pairs([&](const std::string& name) {
-    if (name == "table")
-      table = words.number();
-    else if (name == "priority")
-      attributes += numberAttribute(FRA_PRIORITY, words.number());
-    else if (name == "mark")
-      attributes += numberAttribute(FRA_FWMARK, words.number());
-    else if (name == "from") {
-      const Prefix source = prefixOf(words.word());
-      header.src_len = source.length;
-      attributes += attribute(FRA_SRC, source.bytes);
-    } else if (name == "l3mdev")
-      attributes += numberAttribute(FRA_L3MDEV, static_cast<uint8_t>(words.number()));
-    else if (name == "suppress")
-      attributes += numberAttribute(FRA_SUPPRESS_PREFIXLEN, words.number());
-    else
-      return false;
-    return true;
-  });
-  header.table = static_cast<uint8_t>(table < 256 ? table : uint32_t{RT_TABLE_COMPAT});
+  words.pairs({{"table", [&](Words& w) { table = w.number(); }},
+               {"priority", Words::numberTo(attributes, FRA_PRIORITY)},
+               {"mark", Words::numberTo(attributes, FRA_FWMARK)},
+               {"from", Words::addressTo(attributes, FRA_SRC, header.src_len)},
+               {"l3mdev",
+                [&](Words& w) {
+                  attributes += numberAttribute(FRA_L3MDEV, static_cast<uint8_t>(w.number()));
+                }},
+               {"suppress", Words::numberTo(attributes, FRA_SUPPRESS_PREFIXLEN)}});
+  header.table = shortTable(table);
   m_rules += dumpMessage(RTM_NEWRULE, header, attributes + numberAttribute(FRA_TABLE, table));
 }
 
 void RecordedNetlink::takeSettings(Words& words) {
-  const uint32_t index = words.number();
   static_assert(int{ETHTOOL_A_LINKINFO_HEADER} == int{ETHTOOL_A_LINKMODES_HEADER});
-  const std::string interface =
-      nested(ETHTOOL_A_LINKINFO_HEADER, numberAttribute(ETHTOOL_A_HEADER_DEV_INDEX, index));
+  const std::string interface = nested(ETHTOOL_A_LINKINFO_HEADER,
+                                       numberAttribute(ETHTOOL_A_HEADER_DEV_INDEX, words.number()));
   std::string modes = interface;
   std::string info = interface;
-  words.pairs([&](const std::string& name) {
-    if (name == "speed")
-      modes += numberAttribute(ETHTOOL_A_LINKMODES_SPEED, words.number());
-    else if (name == "duplex")
-      modes += numberAttribute(ETHTOOL_A_LINKMODES_DUPLEX,
-                               static_cast<uint8_t>(valueIn(DUPLEXES, words.word())));
-    else if (name == "port")
-      info += numberAttribute(ETHTOOL_A_LINKINFO_PORT, static_cast<uint8_t>(words.number()));
-    else
-      return false;
-    return true;
-  });
+  words.pairs({{"speed", Words::numberTo(modes, ETHTOOL_A_LINKMODES_SPEED)},
+               {"duplex", Words::byteTo(modes, ETHTOOL_A_LINKMODES_DUPLEX, DUPLEXES)},
+               {"port", [&](Words& w) {
+                  info +=
+                      numberAttribute(ETHTOOL_A_LINKINFO_PORT, static_cast<uint8_t>(w.number()));
+                }}});
   m_speeds += dumpMessage(kEthtoolFamily, genlmsghdr{ETHTOOL_MSG_LINKMODES_GET_REPLY, 1, 0}, modes);
   m_connectors +=
       dumpMessage(kEthtoolFamily, genlmsghdr{ETHTOOL_MSG_LINKINFO_GET_REPLY, 1, 0}, info);
@@ -332,29 +252,26 @@ void RecordedNetlink::takeFirmware(Words& words) {
   m_driverInfos[interface] = hexOf(bytesOf(info));
 }
 
+std::string RecordedNetlink::families() {
+  return dumpMessage(GENL_ID_CTRL, genlmsghdr{CTRL_CMD_NEWFAMILY, 2, 0},
+                     textAttribute(CTRL_ATTR_FAMILY_NAME, ETHTOOL_GENL_NAME) +
+                         numberAttribute(CTRL_ATTR_FAMILY_ID, kEthtoolFamily));
+}
+
 std::optional<std::string> RecordedNetlink::answer(int protocol, uint16_t type,
                                                    uint8_t first) const {
-  if (!m_isTold) return {};
-  const auto is = [&](int otherProtocol, uint16_t otherType, int otherFirst) {
-    return protocol == otherProtocol && type == otherType && first == otherFirst;
-  };
-  if (is(NETLINK_ROUTE, RTM_GETLINK, AF_UNSPEC)) return m_links + dumpEnd();
-  if (is(NETLINK_ROUTE, RTM_GETADDR, AF_UNSPEC)) return m_addresses + dumpEnd();
-  if (is(NETLINK_ROUTE, RTM_GETROUTE, AF_INET)) return m_routes4 + dumpEnd();
-  if (is(NETLINK_ROUTE, RTM_GETROUTE, AF_INET6)) return m_routes6 + dumpEnd();
-  if (is(NETLINK_ROUTE, RTM_GETRULE, AF_UNSPEC)) return m_rules + dumpEnd();
-  if (m_speeds.empty()) return {};
-  if (is(NETLINK_GENERIC, GENL_ID_CTRL, CTRL_CMD_GETFAMILY)) {
-    return dumpMessage(GENL_ID_CTRL, genlmsghdr{CTRL_CMD_NEWFAMILY, 2, 0},
-                       textAttribute(CTRL_ATTR_FAMILY_NAME, ETHTOOL_GENL_NAME) +
-                           numberAttribute(CTRL_ATTR_FAMILY_ID, kEthtoolFamily)) +
-           dumpEnd();
-  }
-  if (is(NETLINK_GENERIC, kEthtoolFamily, ETHTOOL_MSG_LINKMODES_GET)) return m_speeds + dumpEnd();
-  if (is(NETLINK_GENERIC, kEthtoolFamily, ETHTOOL_MSG_LINKINFO_GET)) {
-    return m_connectors + dumpEnd();
-  }
-  return {};
+  const std::map<std::tuple<int, uint16_t, int>, std::string> dumps{
+      {{NETLINK_ROUTE, RTM_GETLINK, AF_UNSPEC}, m_links},
+      {{NETLINK_ROUTE, RTM_GETADDR, AF_UNSPEC}, m_addresses},
+      {{NETLINK_ROUTE, RTM_GETROUTE, AF_INET}, m_routes4},
+      {{NETLINK_ROUTE, RTM_GETROUTE, AF_INET6}, m_routes6},
+      {{NETLINK_ROUTE, RTM_GETRULE, AF_UNSPEC}, m_rules},
+      {{NETLINK_GENERIC, GENL_ID_CTRL, CTRL_CMD_GETFAMILY}, families()},
+      {{NETLINK_GENERIC, kEthtoolFamily, ETHTOOL_MSG_LINKMODES_GET}, m_speeds},
+      {{NETLINK_GENERIC, kEthtoolFamily, ETHTOOL_MSG_LINKINFO_GET}, m_connectors}};
+  const auto found = dumps.find({protocol, type, first});
+  const bool isKnown = protocol == NETLINK_ROUTE ? m_isTold : !m_speeds.empty();
+  return isKnown && found != dumps.end() ? std::optional(found->second + dumpEnd()) : std::nullopt;
 }
 
 }  // namespace quenlor::test

@@ -25,6 +25,8 @@ class RecordedNetlink {
  private:
   class Words;
 
+  static std::string nextHop(Words& words);
+  static std::string families();
   void takeLine(const std::string& line);
   void takeLink(Words& words);
   void takeAddress(Words& words);

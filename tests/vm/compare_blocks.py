@@ -68,11 +68,11 @@ def bus_of(device):
 
 
 def medium_of(device):
-    """The kernel calls everything a spinning disk of which nobody says otherwise; so do hypervisors and
-    adapters of USB and SD cards."""
+    """The kernel calls everything a spinning disk of which nobody says otherwise, as behind USB and from
+    hypervisors."""
     if device["type"] == "rom":
         return "optical"
-    if device["tran"] in ("sata", "nvme"):
+    if device["tran"] in ("sata", "nvme") or "mmc" in device["subsystems"]:
         return "disk" if device["rota"] else "ssd"
     return None
 
@@ -88,15 +88,15 @@ def yes(flag):
     return "Y" if flag else "N"
 
 
-def compare_partitions(results, inventory, comparison, left_out=()):
-    """`left_out`: kernel names of what is a partition only as part of something else."""
+def compare_partitions(results, inventory, comparison, swap_files=()):
+    """`swap_files`: rows of what lsblk does not know."""
     blocks = Blocks(results["lsblk"])
     mounts = stored_mounts(json.loads(results["findmnt"])["filesystems"])
     sizes = df_sizes(results["df"])
     expected = [expected_partition(device, blocks, mounts, sizes, results["swaps"])
-                for device in blocks.devices.values()
-                if device["name"] not in left_out and is_partition(device, mounts, results["swaps"])]
-    expected.sort(key=lambda row: natural(row["DeviceName"].removeprefix("/dev/")))
+                for device in sorted(blocks.devices.values(), key=lambda device: natural(device["kname"]))
+                if is_partition(device, mounts, results["swaps"])]
+    expected += swap_files
     expected += [expected_memory(mount, sizes) for mount in mounts if mount["fstype"] in MEMORY]
     comparison.whole_rows("Partition", inventory.rows("Partition"), expected,
                           unchecked=("FSFreeSize", "InodesFree"))
@@ -117,8 +117,13 @@ def stored_mounts(mounts):
 
 
 def is_partition(device, mounts, swaps):
-    mounted = any(mount["maj:min"] == device["maj:min"] for mount in mounts)
-    return mounted or device["type"] == "part" or is_swap(device, swaps)
+    return mount_of(device, mounts) is not None or device["type"] == "part" or is_swap(device, swaps)
+
+
+def mount_of(device, mounts):
+    """btrfs has a number of its own and names one of its devices."""
+    return next((mount for mount in mounts if mount["maj:min"] == device["maj:min"]
+                 or (mount["fstype"] == "btrfs" and mount["source"] == device["path"])), None)
 
 
 def is_swap(device, swaps):
@@ -135,7 +140,7 @@ def df_sizes(listing):
 
 
 def expected_partition(device, blocks, mounts, sizes, swaps):
-    mount = next((mount for mount in mounts if mount["maj:min"] == device["maj:min"]), None)
+    mount = mount_of(device, mounts)
     is_part = device["type"] == "part"
     parent = blocks.devices.get(device["pkname"]) if is_part else None
     row = {
@@ -146,7 +151,7 @@ def expected_partition(device, blocks, mounts, sizes, swaps):
         "Label": device["label"], "UUID": device["uuid"], "PartitionUUID": device["partuuid"],
         "PartitionLabel": device["partlabel"], "Disk": parent and parent["path"],
         "PartitionNumber": int(re.search(r"\d+$", device["name"])[0]) if is_part else None,
-        "StartSector": device["start"], "ReadOnly": yes(device["ro"]), "Encrypted": "N",
+        "StartSector": device["start"], "ReadOnly": yes(device["ro"]), "Encrypted": yes(device["type"] == "crypt"),
     }
     if mount:
         return row | expected_mount(mount, sizes)

@@ -11,7 +11,8 @@ USB_CLASSES = {"03": "hid", "08": "storage", "09": "hub"}
 EDID = {
     "Manufacturer": r"Manufacturer: (\w+)", "Model": r"Display Product Name: '(.*)'",
     "SerialNumber": r"Serial Number: '?([^'\n]*)", "Week": r"Made in: week (\d+)", "Year": r"Made in: .*?(\d{4})",
-    "Widthmm": r"DTD 1:.*\(\D*(\d+) mm x", "Heightmm": r"DTD 1:.*mm x (\d+) mm\)", "PreferredMode": r"DTD 1: +(\d+x\d+)",
+    "Widthmm": r"DTD 1:.*\(\D*(\d+) mm x", "Heightmm": r"DTD 1:.*mm x (\d+) mm\)",
+    "PreferredMode": r"DTD 1: +(\d+x\d+)",
 }
 USB_DRIVERS = {"03": "usbhid", "08": "usb-storage"}
 

@@ -101,15 +101,18 @@ def compare_adapters(results, inventory, comparison, told):
 def expected_adapter(link):
     is_ethernet = link["link_type"] == "ether"
     address = link["address"].upper() if is_ethernet else ""
+    # Only a card has an address burnt in.
+    permanent = permanent_address(link) if kind_of(link) == "physical" else ""
     return {
         "Interface": link["ifname"], "Type": "Ethernet Adapter" if is_ethernet else "Other",
-        "PermanentAddress": permanent_address(link) if is_ethernet else "", "CurrentAddress": address,
+        "PermanentAddress": permanent, "CurrentAddress": address,
         "Kind": kind_of(link), "MTU": link["mtu"], "State": link["operstate"].lower(), "Master": link.get("master"),
         "Model": "",
     }
 
 
 def kind_of(link):
+    """A card in a bond has the bond's kind of port, but none of its own."""
     if link["link_type"] == "loopback":
         return "loopback"
     return link.get("linkinfo", {}).get("info_kind", "physical")

@@ -1,8 +1,6 @@
 """Scenario "modern": a machine of today, every table of the modern sources against the machine's own tools."""
 
-import collections
 import re
-import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
 import compare_blocks
@@ -10,12 +8,13 @@ import compare_buses
 import compare_cpus
 import compare_firmware
 import compare_links
+import dmidecode
+from compare_calls import compare_calls
 from inventory import Inventory, list_entries, mif_tables
+from two_scans import BOOT_TIMES, volatile_elements, without
 
 FIELDS = Path(__file__).resolve().parents[2] / "data" / "fields.tsv"
 SCANS = ("classic", "first", "second", "list", "mif", "traced")
-# Boot times jitter by a second, as the kernel's clocks do.
-BOOT_TIMES = {("OperatingSystem", "LastBootUpTime"), ("UNIXSystemParams", "BootTime")}
 RESOLVER = {"Hostname": "vm-node", "Domain": "example.com", "PrimaryDNS": "192.0.2.53",
             "SecondaryDNS": "2001:db8::53"}
 # By kernel name what lsblk does not say, or says otherwise.
@@ -41,7 +40,7 @@ def compare(results, comparison):
     compare_scans(results, inventory, comparison)
     compare_calls(results["calls"], comparison)
     compare_firmware.compare(results, inventory, comparison)
-    compare_cpus.compare(results, inventory, comparison)
+    compare_cpus.compare(compare_cpus.Cpus(results), dmidecode.Dmi(results["dmidecode"]), inventory, comparison)
     compare_storage(results, inventory, comparison)
     compare_network(results, inventory, comparison)
     compare_buses.compare_pci(results, inventory, comparison)
@@ -61,49 +60,10 @@ def compare_scans(results, inventory, comparison):
         comparison.equal(f"{row['Group']} Status", row["Status"], "complete")
         comparison.equal(f"{row['Group']} Rows", row["Rows"],
                          len(inventory.rows(re.sub(r"[^A-Za-z0-9]", "", row["Group"]))))
-    left_out = volatile_elements() | BOOT_TIMES
+    left_out = volatile_elements(FIELDS) | BOOT_TIMES
     first, second = (without(results[f"{scan}.out"], left_out) for scan in ("first", "second"))
     comparison.equal("volatile attributes are known", len(left_out) > 20, True)
     comparison.equal("two scans are the same", first == second, True)
-
-
-def volatile_elements():
-    """{(group element, attribute element)} that may differ between two scans of an unchanged machine."""
-    elements = set()
-    for line in FIELDS.read_text().splitlines():
-        columns = line.split("\t")
-        if line.startswith("#") or not columns[1]:
-            continue
-        if columns[5].split("/")[-1] == "volatile":
-            elements.add(tuple(re.sub(r"[^A-Za-z0-9_.:-]", "", name) for name in columns[:2]))
-    return elements
-
-
-def without(document, left_out):
-    """The document's bytes without these elements."""
-    root = ElementTree.fromstring(document)
-    for row in root:
-        for attribute in list(row):
-            if (row.tag, attribute.tag) in left_out:
-                row.remove(attribute)
-    return ElementTree.tostring(root)
-
-
-def compare_calls(calls, comparison):
-    """System calls of a scan: nothing is started, no module loaded, no node opened, every file read once."""
-    names = collections.Counter(re.findall(r"^\d+ +(\w+)\(", calls, re.MULTILINE))
-    comparison.equal("programs started", names["execve"] + names["execveat"], 1)
-    comparison.equal("modules loaded", names["init_module"] + names["finit_module"], 0)
-    forks = [line for line in calls.splitlines()
-             if re.search(r"\b(fork|vfork|clone|clone3)\(", line) and "CLONE_THREAD" not in line]
-    comparison.equal("processes made", len(forks), 1)
-    opened = re.findall(r'\bopen\w*\((?:AT_FDCWD, )?"([^"]*)"', calls)
-    comparison.equal("the trace holds the scan", "/proc/self/mountinfo" in opened, True)
-    nodes = [path for path in opened if path.startswith("/dev/") and path != "/dev/null"
-             and not path.startswith("/dev/disk")]
-    comparison.equal("nodes opened", nodes, [])
-    machine = collections.Counter(path for path in opened if path.startswith(("/sys/", "/proc/", "/run/")))
-    comparison.equal("files opened more than once", [path for path, count in machine.items() if count > 1], [])
 
 
 # --- the machine ---

@@ -4,7 +4,7 @@ import re
 
 from inventory import Inventory
 
-SCANS = ["plain", "offline", "unanswered", "guest", "unprivileged"]
+SCANS = ["plain", "offline", "unanswered", "guest", "unprivileged", "modern"]
 HOST_ROWS = 4  # packages that the played agent announces
 
 
@@ -16,6 +16,7 @@ def compare(results, comparison):
     compare_unanswered(inventories["unanswered"], results, comparison)
     comparison.equal("without I/O privilege the port does not answer",
                      inventories["unprivileged"].rows("HostComponentID"), [])
+    compare_modern(inventories["modern"], comparison)
 
 
 def topology(listing):
@@ -73,3 +74,14 @@ def compare_unanswered(inventory, results, comparison):
         "LparCapacity": "-1.000000", "LparCapacityInCores": "-1.000000", "SerialNumber": ""})
     comparison.row("unanswered HostComponentID", inventory.row("HostComponentID"), {
         "Manufacturer": "", "Product": "", "Version": "", "SerialNumber": "", "Type": ""})
+
+
+def compare_modern(inventory, comparison):
+    """What the agent would say of its host is not in the document."""
+    comparison.equal("modern HostComponentID", inventory.rows("HostComponentID"), [])
+    comparison.row("modern Lpar", inventory.row("Lpar"), {
+        "LparID": "", "NodeCapacity": "2.000000", "NodeCapacityInCores": "4.000000", "LparCapacityInCores": "8.000000",
+        "SerialNumber": ""})
+    told = {row["Group"]: row["Status"] for row in inventory.rows("ScanResult")}
+    comparison.equal("modern Lpar and HostComponentID are complete",
+                     (told["Lpar"], told["HostComponentID"]), ("complete", "complete"))

@@ -14,7 +14,7 @@ from kits import KITS
 # Shell for popen as on Debian; busybox would put its own applets in place of the real commands.
 SHELL = "/bin/dash"
 BUSYBOX = "/bin/busybox"
-HELPERS = ("port_access", "drive_geometry", "hold_node")
+HELPERS = ("port_access", "drive_geometry", "hold_node", "router_advertisement")
 
 
 class Unavailable(Exception):

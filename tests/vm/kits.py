@@ -50,4 +50,17 @@ MODERN = CLASSIC + Kit(
            "/lib/udev/rules.d/60-cdrom_id.rules", "/lib/udev/rules.d/60-persistent-storage.rules"),
 )
 
-KITS = {"classic": CLASSIC, "modern": MODERN}
+# Arrays, mapped devices and the file systems beyond the first; network interfaces made of others.
+LONG = MODERN + Kit(
+    tools={"/usr/sbin/mdadm": "mdadm", "/usr/sbin/nvme": "nvme-cli", "/usr/sbin/dmsetup": "dmsetup",
+           "/usr/sbin/mke2fs": "e2fsprogs", "/usr/sbin/mkfs.btrfs": "btrfs-progs", "/usr/sbin/ethtool": "ethtool"},
+    links={"sbin/dmsetup": "/usr/sbin/dmsetup", "sbin/mdadm": "/usr/sbin/mdadm"},
+    applets=("dd", "mkswap", "umount", "printf", "seq"),
+    modules=("virtio_scsi", "sdhci_pci", "mmc_block", "md_mod", "raid1", "dm_mod", "dm_crypt", "xts", "ecb",
+             "aes_generic", "xfs", "btrfs", "blake2b_generic", "xxhash_generic", "libcrc32c", "bonding", "8021q",
+             "bridge", "veth", "macvlan", "dummy"),
+    files=("/lib/udev/rules.d/55-dm.rules", "/lib/udev/rules.d/60-persistent-storage-dm.rules",
+           "/lib/udev/rules.d/63-md-raid-arrays.rules", "/lib/udev/rules.d/64-btrfs.rules"),
+)
+
+KITS = {"classic": CLASSIC, "modern": MODERN, "long": LONG}

@@ -9,6 +9,7 @@ MAKERS = {
     "ext4": lambda path, label: ["/sbin/mke2fs", "-q", "-t", "ext4", "-L", label, path],
     "swap": lambda path, label: ["/sbin/mkswap", "-L", label, path],
     "vfat": lambda path, label: ["busybox", "mkdosfs", "-n", label, path],
+    "xfs": lambda path, label: ["/sbin/mkfs.xfs", "-q", "-L", label, path],
     "dos": lambda path, label: ["busybox", "mkdosfs", path],
 }
 

@@ -9,6 +9,8 @@ from pathlib import Path
 from image import Unavailable, initramfs_file, kernel_file, need_program
 from media import Medium, drive_arguments
 from modern_machine import modern_arguments
+from storage_machine import storage_arguments
+from topology_machines import TOPOLOGIES
 
 FIRMWARE = {
     0: {"vendor": "ACME Firmware", "version": "7.3b", "date": "04/18/2009", "release": "4.6"},
@@ -70,10 +72,22 @@ def nodes_arguments(_work):
     return ["-m", "1024"]
 
 
+def network_arguments(_work):
+    """Two cards of one kind for a bond, and a third; an option ROM would only start from the network."""
+    cards = (("e1000e", "52:54:00:12:34:01"), ("e1000e", "52:54:00:12:34:02"), ("virtio-net-pci", "52:54:00:12:34:03"))
+    arguments = ["-machine", "q35", "-m", "512"]
+    for number, (device, mac) in enumerate(cards):
+        arguments += ["-netdev", f"hubport,id=net{number},hubid={number}",
+                      "-device", f"{device},romfile=,netdev=net{number},mac={mac}"]
+    return arguments
+
+
 # The machine of each scenario, and the image that it boots.
 SCENARIOS = {"devices": (devices_arguments, "classic"), "processors": (processors_arguments, "classic"),
              "pvscsi": (pvscsi_arguments, "classic"), "nodes": (nodes_arguments, "classic"),
-             "modern": (modern_arguments, "modern")}
+             "modern": (modern_arguments, "modern"), "storage": (storage_arguments, "long"),
+             "network": (network_arguments, "long"),
+             **{f"topology-{name}": (machine, "modern") for name, machine in TOPOLOGIES.items()}}
 
 
 def run_scenario(name, work, kernel, images, seconds):

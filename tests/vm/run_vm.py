@@ -2,7 +2,7 @@
 """Builds the virtual machine's image, or boots one scenario and compares what the scanner said there.
 
     run_vm.py --work DIR image --build DIR --helpers DIR KIT...
-    run_vm.py --work DIR devices|modern|nodes|processors|pvscsi
+    run_vm.py --work DIR devices|modern|network|nodes|processors|pvscsi|storage|topology-NAME
 """
 
 import argparse
@@ -12,13 +12,16 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True
 HERE = Path(__file__).resolve().parent
-sys.path[:0] = [str(HERE), str(HERE.parent / "machines")]
+sys.path[:0] = [str(HERE), str(HERE.parent / "machines"), str(HERE.parent / "modern")]
 
 import compare_devices  # noqa: E402
 import compare_modern  # noqa: E402
+import compare_network  # noqa: E402
 import compare_nodes  # noqa: E402
 import compare_processors  # noqa: E402
 import compare_pvscsi  # noqa: E402
+import compare_storage  # noqa: E402
+import compare_topology  # noqa: E402
 import image  # noqa: E402
 import qemu  # noqa: E402
 from comparison import Comparison  # noqa: E402
@@ -26,8 +29,9 @@ from kits import KITS  # noqa: E402
 
 COMPARE = {"devices": compare_devices.compare, "processors": compare_processors.compare,
            "pvscsi": compare_pvscsi.compare, "nodes": compare_nodes.compare,
-           "modern": compare_modern.compare}
-BOOT_LIMIT = 240  # seconds; a boot takes about 20 on an idle machine, many times that on a busy one
+           "modern": compare_modern.compare, "topology": compare_topology.compare,
+           "storage": compare_storage.compare, "network": compare_network.compare}
+BOOT_LIMIT = 400  # seconds; a boot takes 20 to 40 on an idle machine, many times that on a busy one
 
 
 def parse_arguments():
@@ -39,7 +43,7 @@ def parse_arguments():
     build.add_argument("--build", type=Path, required=True, help="build tree to install from")
     build.add_argument("--helpers", type=Path, required=True, help="programs of this folder")
     build.add_argument("kits", nargs="+", choices=KITS, metavar="KIT", help="image to build")
-    for scenario in COMPARE:
+    for scenario in qemu.SCENARIOS:
         commands.add_parser(scenario)
     return parser.parse_args()
 
@@ -50,7 +54,7 @@ def compare_scenario(name, work):
     results = qemu.run_scenario(name, work / name, kernel, work, BOOT_LIMIT)
     keep_results(results, work / name / "results")
     comparison = Comparison()
-    COMPARE[name](results, comparison)
+    COMPARE[name.partition("-")[0]](results, comparison)
     print(f"{comparison.made} comparisons, {comparison.failures} failed, "
           f"{time.monotonic() - start:.0f} s")
     return comparison.failures == 0

@@ -11,7 +11,6 @@
 namespace quenlor {
 namespace {
 
-constexpr uint32_t kUnlimited = 0xFFFFFFFF;
 constexpr int kCoresField = 4;  // colons before the cores per package in the agent's text
 
 size_t coresOf(const CpuInventory& cpus) {
@@ -42,17 +41,6 @@ float guestPackagesOf(const std::string& text) {
   return static_cast<float>(std::clamp<double>(finiteNumber(text), -FLT_MAX, FLT_MAX));
 }
 
-// An unlimited guest may use the whole node, a limited one as many packages as its limit is worth.
-// Without the host's speed the limit has no measure, and the agent's capacity stays.
-void applyLimit(const VMwareGuestInfo& guest, HostCapacity& capacity) {
-  if (guest.cpuLimit == kUnlimited || guest.cpuLimit == guest.hostProcessorSpeed) {
-    capacity.guestPackages = static_cast<float>(capacity.packages);
-  } else if (guest.hostProcessorSpeed != 0) {
-    capacity.guestPackages =
-        static_cast<float>(guest.cpuLimit) / static_cast<float>(guest.hostProcessorSpeed);
-  }
-}
-
 void applyOwnCores(const CpuInventory& own, HostCapacity& capacity) {
   if (coresPerPackageOf(own) == 0) return;
   capacity.guestCores = static_cast<float>(coresOf(own));
@@ -61,9 +49,10 @@ void applyOwnCores(const CpuInventory& own, HostCapacity& capacity) {
 
 void applyGuestLibrary(const CpuInventory& own, HostCapacity& capacity) {
   VMwareGuestInfoProvider provider(installedGuestLibraries());
-  VMwareGuestInfo guest{kUnlimited, kUnlimited, kUnlimited, kUnlimited};
+  VMwareGuestInfo guest{kUnlimitedMhz, kUnlimitedMhz, kUnlimitedMhz, kUnlimitedMhz};
   if (provider.retrieveGuestInfo(guest)) {
-    applyLimit(guest, capacity);
+    capacity.guestPackages =
+        packagesByLimit(guest, capacity.packages).value_or(capacity.guestPackages);
   } else {
     applyOwnCores(own, capacity);
   }

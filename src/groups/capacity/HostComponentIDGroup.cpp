@@ -1,5 +1,6 @@
 #include "groups/capacity/HostComponentIDGroup.h"
 
+#include "groups/capacity/HostComponentIdAttributes.h"
 #include "identity/Identity.h"
 #include "log/CcLogWrapper.h"
 #include "readers/virtualization/check_vm.h"
@@ -11,15 +12,7 @@ namespace {
 
 constexpr const char* kSourcePath = "../../../src/invscan/linux/HostComponentIDGroup.cpp";
 
-// The maker whose product texts hold the machine type.
-constexpr const char* kTypedMaker = "ZUM";
-
-// Attribute ids.
-constexpr uint32_t kManufacturer = 1;
-constexpr uint32_t kProduct = 2;
-constexpr uint32_t kVersion = 3;
-constexpr uint32_t kSerialNumber = 4;
-constexpr uint32_t kType = 7;
+using namespace host_component;
 
 void traceHost(const HostInfo& host, const TraceFunction& at) {
   CcLogWrapper* log = getCcLogHw();

@@ -1,6 +1,7 @@
 // HostComponentID of the modern sources: the host of a VMware guest, which only its tools agent
 // tells of. Elsewhere there is no such host, and no row.
 #include "groups/capacity/AgentOutcome.h"
+#include "groups/capacity/HostComponentIdAttributes.h"
 #include "groups/modern/Collectors.h"
 #include "groups/modern/GuestOfScan.h"
 #include "identity/Identity.h"
@@ -9,22 +10,14 @@
 namespace quenlor {
 namespace {
 
-// The maker whose product texts hold the machine type.
-constexpr const char* kTypedMaker = "ZUM";
-
-// Attribute ids.
-constexpr uint32_t kManufacturer = 1;
-constexpr uint32_t kProduct = 2;
-constexpr uint32_t kVersion = 3;
-constexpr uint32_t kSerialNumber = 4;
-constexpr uint32_t kType = 7;
+using namespace host_component;
 
 using Text = std::optional<std::string>;
 
 Text unlessNone(const Text& text) { return text == agent_key::kNone ? Text() : text; }
 
 Text typeOf(ToolsAgent& agent, const Text& manufacturer, const Text& product) {
-  const Text told = unlessNone(agent.ask(agent_key::kNodeType));
+  Text told = unlessNone(agent.ask(agent_key::kNodeType));
   if (manufacturer != kTypedMaker) return told;
   char type[5] = "";
   getTypeFromProd(product.value_or("").c_str(), type);

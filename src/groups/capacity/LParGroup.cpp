@@ -28,7 +28,6 @@ constexpr const char* kCpuid = "Processor.CPUID";
 constexpr const char* kCoresKey = "CorePerPackageCount";
 
 constexpr size_t kMaxLparId = 256;
-constexpr uint32_t kUnlimited = 0xFFFFFFFF;
 constexpr int kCoresField = 4;  // colons before the cores per package in the agent's text
 
 // Attribute ids.
@@ -154,19 +153,15 @@ void readGuestCapacity(Capacity& capacity, const TraceFunction& at) {
                          static_cast<int>(std::clamp<double>(agentCapacity, INT_MIN, INT_MAX)));
 }
 
-// An unlimited guest may use the whole node, a limited one as many packages as its limit is worth.
+// Without a measure of the limit the agent's capacity stays.
 void applyLimit(Capacity& capacity, const VMwareGuestInfo& guest, const TraceFunction& at) {
   CcLogWrapper* log = getCcLogHw();
   log->traceMAX(at(),
                 "hardware Guest SDK data: cpu min mhz = %d, cpu max mhz = %d, cpu total mhz = %d",
                 static_cast<int>(guest.cpuReservation), static_cast<int>(guest.cpuLimit),
                 static_cast<int>(guest.hostProcessorSpeed));
-  if (guest.cpuLimit == kUnlimited || guest.cpuLimit == guest.hostProcessorSpeed) {
-    capacity.lparCapacity = static_cast<float>(capacity.nodeCapacity);
-  } else if (guest.hostProcessorSpeed != 0) {
-    capacity.lparCapacity =
-        static_cast<float>(guest.cpuLimit) / static_cast<float>(guest.hostProcessorSpeed);
-  }  // else the limit has no measure, and the agent's capacity stays
+  capacity.lparCapacity =
+      packagesByLimit(guest, capacity.nodeCapacity).value_or(capacity.lparCapacity);
   log->traceMAX(at(), "hardware Updated lpar_capacity after Guest SDK data = %f, %f",
                 static_cast<double>(capacity.lparCapacity),
                 static_cast<double>(capacity.lparCores));
@@ -201,7 +196,7 @@ void gatherInGuest(Capacity& capacity, const TraceFunction& at) {
   if (!agentHasCapacity) return;
 
   VMwareGuestInfoProvider provider;
-  VMwareGuestInfo guest{kUnlimited, kUnlimited, kUnlimited, kUnlimited};
+  VMwareGuestInfo guest{kUnlimitedMhz, kUnlimitedMhz, kUnlimitedMhz, kUnlimitedMhz};
   if (provider.retrieveGuestInfo(guest)) {
     applyLimit(capacity, guest, at);
   } else {

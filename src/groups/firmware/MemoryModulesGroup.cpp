@@ -54,11 +54,15 @@ std::string socketOf(const SMBIOSTable17Data& device) {
   return socket + bank;
 }
 
+// Either field traces itself as it is read: the name's comes first, whatever the compiler.
+std::string typeOf(const SMBIOSTable17Data& device) {
+  const std::string name = named(MEMORY_TYPES, device.getMemoryType());
+  return withoutTrailingBlank(deviceDetailWords(device.getTypeDetail()) + name);
+}
+
 Module moduleOf(const SMBIOSTable17Data& device, uint32_t index) {
   return {index, device.getSizeKB() >> 10, socketOf(device),
-          named(FORM_FACTORS, device.getFormFactor()),
-          withoutTrailingBlank(deviceDetailWords(device.getTypeDetail()) +
-                               named(MEMORY_TYPES, device.getMemoryType()))};
+          named(FORM_FACTORS, device.getFormFactor()), typeOf(device)};
 }
 
 Module moduleOf(const SMBIOSTable6Data& module, uint32_t index) {

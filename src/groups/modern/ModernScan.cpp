@@ -20,4 +20,10 @@ BoundedWorker::Result ModernScan::runGroup(std::function<void()> job) {
   return m_groupWorker.run(std::move(job), granted, [this] { return m_readers.waited(); });
 }
 
+const DmiTable* ModernScan::dmi(Outcome& outcome) {
+  Outcome ignored;  // the group that tells of the lockdown says what is missing there
+  const Security* found = security(ignored);
+  return m_dmi.get(m_readers, outcome, found == nullptr || found->isLockedDown);
+}
+
 }  // namespace quenlor

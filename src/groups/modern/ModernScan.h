@@ -19,6 +19,7 @@
 #include "readers/pci/PciFunctions.h"
 #include "readers/resolver/Resolver.h"
 #include "readers/system/KernelStatistics.h"
+#include "readers/system/Security.h"
 #include "readers/system/ZoneAndLocale.h"
 #include "readers/topology/CpuInventory.h"
 #include "readers/usb/UsbDevices.h"
@@ -53,7 +54,7 @@ class ModernScan {
   // The facts that groups share; null, with a note in `outcome`, when they could not be had.
   // Of the processors and the firmware's table, groups note themselves what the reader was refused.
   const CpuInventory* cpus(Outcome& outcome) { return m_cpus.get(m_readers, outcome); }
-  const DmiTable* dmi(Outcome& outcome) { return m_dmi.get(m_readers, outcome); }
+  const DmiTable* dmi(Outcome& outcome);
   const GuestFacts* guestFacts(Outcome& outcome) { return m_guestFacts.get(m_readers, outcome); }
   const BlockInventory* blockDevices(Outcome& outcome) {
     return m_blockDevices.get(m_readers, outcome);
@@ -69,6 +70,7 @@ class ModernScan {
     return m_pciFunctions.get(m_readers, outcome);
   }
   const Resolver* resolver(Outcome& outcome) { return m_resolver.get(m_readers, outcome); }
+  const Security* security(Outcome& outcome) { return m_security.get(m_readers, outcome); }
   const SystemLocale* systemLocale(Outcome& outcome) {
     return m_systemLocale.get(m_readers, outcome);
   }
@@ -88,7 +90,7 @@ class ModernScan {
   const Clock::time_point m_start;
   BoundedWorker m_groupWorker;
   ReaderLine m_readers;
-  SharedReader<DmiTable> m_dmi{"firmware table", readDmi};
+  SharedReader<DmiTable, bool> m_dmi{"firmware table", readDmi};
   SharedReader<BlockInventory> m_blockDevices{"block devices", readBlockInventory};
   SharedReader<KernelStatistics> m_kernelStatistics{"processor times", readKernelStatistics};
   SharedReader<MountFacts> m_mounts{"mounts", readMountFacts};
@@ -97,6 +99,7 @@ class ModernScan {
   SharedReader<NetworkInterfaces> m_networkInterfaces{"interfaces", readNetworkInterfaces};
   SharedReader<PciFunctions> m_pciFunctions{"PCI devices", readPciFunctions};
   SharedReader<Resolver> m_resolver{"host and domain name", readResolver};
+  SharedReader<Security> m_security{"security", readSecurity};
   SharedReader<SystemLocale> m_systemLocale{"locale", readSystemLocale};
   SharedReader<UsbDevices> m_usbDevices{"USB devices", readUsbDevices};
   ToolsAgent m_toolsAgent{[this] { return limit(); }};

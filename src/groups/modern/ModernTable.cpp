@@ -12,49 +12,65 @@ namespace {
 
 constexpr uint32_t kVersion = 1;
 constexpr uint32_t kIndex = 1;
+constexpr size_t kUsualAttributes = 16;
 constexpr uint64_t kLargest = std::numeric_limits<int64_t>::max();
 
 }  // namespace
 
+const ModernRow::Value* ModernRow::find(uint32_t id) const {
+  for (const auto& [known, value] : m_values) {
+    if (known == id) return &value;
+  }
+  return nullptr;
+}
+
+ModernRow::Value& ModernRow::valueOf(uint32_t id) {
+  for (auto& [known, value] : m_values) {
+    if (known == id) return value;
+  }
+  if (m_values.empty()) m_values.reserve(kUsualAttributes);
+  return m_values.emplace_back(id, uint32_t{0}).second;
+}
+
 ModernRow& ModernRow::text(uint32_t id, const std::optional<std::string>& value) {
   if (!value) return *this;
   std::u32string characters = cleanCharacters(*value);
-  if (!characters.empty()) m_values[id] = std::move(characters);
+  if (!characters.empty()) valueOf(id) = std::move(characters);
   return *this;
 }
 
 ModernRow& ModernRow::ulong(uint32_t id, std::optional<uint64_t> value) {
-  if (value) m_values[id] = saturateToUlong(*value);
+  if (value) valueOf(id) = saturateToUlong(*value);
   return *this;
 }
 
 ModernRow& ModernRow::longlong(uint32_t id, std::optional<uint64_t> value) {
-  if (value) m_values[id] = static_cast<int64_t>(std::min(*value, kLargest));
+  if (value) valueOf(id) = static_cast<int64_t>(std::min(*value, kLargest));
   return *this;
 }
 
 ModernRow& ModernRow::ulonglong(uint32_t id, std::optional<uint64_t> value) {
-  if (value) m_values[id] = *value;
+  if (value) valueOf(id) = *value;
   return *this;
 }
 
 ModernRow& ModernRow::real(uint32_t id, std::optional<float> value) {
-  if (value) m_values[id] = *value;
+  if (value) valueOf(id) = *value;
   return *this;
 }
 
 ModernRow& ModernRow::yesNo(uint32_t id, std::optional<bool> value) {
-  if (value) m_values[id] = std::u32string(*value ? U"Y" : U"N");
+  if (value) valueOf(id) = std::u32string(*value ? U"Y" : U"N");
   return *this;
 }
 
 ModernRow& ModernRow::time(uint32_t id, std::optional<time_t> secondsSinceEpoch) {
-  if (secondsSinceEpoch) m_values[id] = Time{*secondsSinceEpoch};
+  if (secondsSinceEpoch) valueOf(id) = Time{*secondsSinceEpoch};
   return *this;
 }
 
 ModernRow& ModernRow::textAlways(uint32_t id, const std::optional<std::string>& value) {
-  m_values[id] = cleanCharacters(value.value_or(""));
+  valueOf(id) = cleanCharacters(value.value_or(""));
   return *this;
 }
 
@@ -63,14 +79,13 @@ ModernRow& ModernRow::ulongAlways(uint32_t id, std::optional<uint64_t> value, ui
 }
 
 ModernRow& ModernRow::localeText(uint32_t id, const char* value) {
-  m_values[id] = LocaleText{value == nullptr ? "" : value};
+  valueOf(id) = LocaleText{value == nullptr ? "" : value};
   return *this;
 }
 
 std::string ModernRow::textOf(uint32_t id) const {
-  const auto found = m_values.find(id);
-  if (found == m_values.end()) return {};
-  const auto* characters = std::get_if<std::u32string>(&found->second);
+  const Value* value = find(id);
+  const auto* characters = value == nullptr ? nullptr : std::get_if<std::u32string>(value);
   return characters == nullptr ? std::string() : toUtf8(*characters);
 }
 
@@ -92,8 +107,7 @@ void ModernRow::addTo(VelTableRow& row, uint32_t id, const Value& value) {
 std::unique_ptr<VelTableRow> ModernRow::build(const velGroupDef& group) const {
   auto row = std::make_unique<VelTableRow>();
   for (const velAttribDef* attrib = group.attribs; attrib->id != kCatalogueEnd; ++attrib) {
-    const auto found = m_values.find(attrib->id);
-    if (found != m_values.end()) addTo(*row, attrib->id, found->second);
+    if (const Value* value = find(attrib->id)) addTo(*row, attrib->id, *value);
   }
   return row;
 }

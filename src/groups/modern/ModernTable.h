@@ -5,11 +5,12 @@
 #include <cstdint>
 #include <ctime>
 #include <deque>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <variant>
+#include <vector>
 
 #include "base/Outcome.h"
 #include "catalogue/Catalogue.h"
@@ -50,10 +51,12 @@ class ModernRow {
   };
   using Value = std::variant<uint32_t, int64_t, uint64_t, float, std::u32string, LocaleText, Time>;
 
+  const Value* find(uint32_t id) const;  // null: not set
+  Value& valueOf(uint32_t id);
   static void addTo(VelTableRow& row, uint32_t id, const Value& value);
   std::unique_ptr<VelTableRow> build(const velGroupDef& group) const;
 
-  std::map<uint32_t, Value> m_values;
+  std::vector<std::pair<uint32_t, Value>> m_values;  // a few dozen, by their ids
 };
 
 // Not thread safe: handed from the group's worker to the driver when it is complete.

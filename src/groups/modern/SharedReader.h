@@ -53,31 +53,33 @@ class ReaderLine {
   std::optional<Clock::time_point> m_waitingSince;
 };
 
-template <class Facts>
+// `Inputs` are what the reader has to know beforehand.
+template <class Facts, class... Inputs>
 class SharedReader {
  public:
   // `what` names the facts for a person ("processors").
-  SharedReader(const char* what, Facts (*function)()) : m_what(what), m_read(function) {}
+  SharedReader(const char* what, Facts (*function)(Inputs...)) : m_what(what), m_read(function) {}
 
   // Null, with a note in `outcome`, when reading did not end in time or failed; that is not tried
   // again. The facts stay the reader's and are the same for all groups.
-  const Facts* get(ReaderLine& line, Outcome& outcome) {
+  const Facts* get(ReaderLine& line, Outcome& outcome, Inputs... inputs) {
     ReaderLine::Turn turn(line);
-    if (!std::exchange(m_isRead, true)) read(turn);
+    if (!std::exchange(m_isRead, true)) read(turn, inputs...);
     outcome.merge(m_failure);
     return m_facts.get();
   }
 
  private:
-  void read(ReaderLine::Turn& turn) {
+  void read(ReaderLine::Turn& turn, Inputs... inputs) {
     auto facts = std::make_shared<Facts>();  // a worker that is given up keeps it
-    const auto result = turn.run([facts, function = m_read] { *facts = function(); });
+    const auto result =
+        turn.run([facts, function = m_read, inputs...] { *facts = function(inputs...); });
     noteEnd(m_failure, result, m_what);
     if (result.end == BoundedWorker::End::kDone) m_facts = std::move(facts);
   }
 
   const char* m_what;
-  Facts (*m_read)();
+  Facts (*m_read)(Inputs...);
   bool m_isRead = false;
   std::shared_ptr<Facts> m_facts;
   Outcome m_failure;

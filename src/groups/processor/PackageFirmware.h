@@ -20,6 +20,9 @@ class PackageFirmware {
   // The socket of a package by its number, from 0: known where the table has as many as the kernel.
   // A package that is switched off would shift all behind it.
   const DmiProcessor* socketOf(size_t package) const;
+  // True if the table has populated sockets whose processors are all offline: the kernel then knows
+  // nothing of their packages.
+  bool hasHiddenPackages() const { return m_sockets.size() > m_packages; }
   // A socket that tells of the kind of processor: the package's own, else the first one.
   const DmiProcessor* kindOf(size_t package) const;
   // MHz by the table, for the rated speed.

@@ -56,8 +56,10 @@ uint32_t coresOf(const CpuInventory& cpus, const CpuPackage& package, const DmiP
 }
 
 std::optional<uint32_t> threadsOf(const CpuInventory& cpus, const CpuPackage& package,
-                                  const DmiProcessor* socket) {
-  if (const auto threads = cpus.threadsOf(package)) return threads;
+                                  const PackageFirmware& firmware, const DmiProcessor* socket) {
+  const bool mayBeOfAnother = cpus.offline != 0 && firmware.hasHiddenPackages();
+  const auto threads = cpus.threadsOf(package);
+  if (threads && !mayBeOfAnother) return threads;
   if (socket == nullptr) return std::nullopt;
   return socket->enabledThreads ? socket->enabledThreads : socket->threads;
 }
@@ -109,13 +111,15 @@ void addIdentity(ModernRow& row, const CpuPackage& package) {
       .text(kMicrocode, package.microcode);
 }
 
-void addCounts(ModernRow& row, const CpuInventory& cpus, const CpuPackage& package,
-               const DmiProcessor* socket) {
+void addCounts(ModernRow& row, const CpuInventory& cpus, size_t number,
+               const PackageFirmware& firmware) {
+  const CpuPackage& package = cpus.packages[number];
+  const DmiProcessor* socket = firmware.socketOf(number);
   const uint32_t cores = coresOf(cpus, package, socket);
   row.ulong(kCoresPerPackage, cores)
       .ulong(kThreadsPerCore, mostThreadsOfACore(package))
       .ulong(kCores, cores)
-      .ulong(kThreads, threadsOf(cpus, package, socket))
+      .ulong(kThreads, threadsOf(cpus, package, firmware, socket))
       .ulong(kOnlineThreads, package.cpus.size())
       .ulong(kPerformanceCores, coresOfKind(package, CoreKind::kPerformance))
       .ulong(kEfficiencyCores, coresOfKind(package, CoreKind::kEfficiency))
@@ -155,7 +159,7 @@ void addPackage(ModernTable& table, const CpuInventory& cpus, size_t number,
       .ulong(kBaseMhz, baseMhz(speeds))
       .ulong(kMaxMhz, maxMhz(package));
   addIdentity(row, package);
-  addCounts(row, cpus, package, socket);
+  addCounts(row, cpus, number, firmware);
   addCaches(row, package);
   addSocket(row, package, socket, firmware.kindOf(number));
   addFlags(row, package);

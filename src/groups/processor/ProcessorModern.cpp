@@ -105,7 +105,7 @@ std::string identityOf(const ProcessorFacts& facts) {
   return md5Text(text);
 }
 
-std::string familyText(const ProcessorFacts& facts, const ProcessorDescriptions& known) {
+std::string familyText(const ProcessorFacts& facts, ProcessorDescriptions& known) {
   const int model = static_cast<int>(facts.model);
   const String name = familyNameIn(known.ofModel(model), facts.vendor.c_str(),
                                    static_cast<int>(facts.family), model, facts.brand.c_str());
@@ -114,7 +114,7 @@ std::string familyText(const ProcessorFacts& facts, const ProcessorDescriptions&
   return brand.empty() ? "Unknown" : brand;
 }
 
-void addChip(ModernRow& row, const ProcessorFacts& facts, const ProcessorDescriptions& known) {
+void addChip(ModernRow& row, const ProcessorFacts& facts, ProcessorDescriptions& known) {
   row.textAlways(kId, identityOf(facts))
       .textAlways(kFamily, familyText(facts, known))
       .ulong(kMaxClockSpeed, facts.rated)
@@ -140,7 +140,7 @@ void addFlags(ModernRow& row, const ProcessorFacts& facts) {
 }
 
 void addPackage(ModernTable& table, const CpuInventory& cpus, size_t number,
-                const PackageFirmware& firmware, const ProcessorDescriptions& known) {
+                const PackageFirmware& firmware, ProcessorDescriptions& known) {
   const CpuPackage& package = cpus.packages[number];
   const ProcessorFacts facts = factsOf(cpus, number, firmware);
   ModernRow& row = table.addNumberedRow();
@@ -158,7 +158,7 @@ void collectProcessor(ModernScan& scan, ModernTable& table) {
   if (cpus == nullptr) return;
   table.outcome().merge(cpus->outcome);
   const PackageFirmware firmware(scan.dmi(table.outcome()), *cpus, table.outcome());
-  const ProcessorDescriptions known(GroupFactory::getInstance().hwConfigFile().c_str());
+  ProcessorDescriptions known(GroupFactory::getInstance().hwConfigFile().c_str());
   for (size_t number = 0; number < cpus->packages.size(); ++number) {
     addPackage(table, *cpus, number, firmware, known);
   }

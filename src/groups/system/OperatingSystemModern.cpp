@@ -84,7 +84,10 @@ void collectOperatingSystem(ModernScan& scan, ModernTable& table) {
   ModernRow& row = table.addRow();
   addDistribution(row, readDistribution(table.outcome()));
   addKernel(row);
-  addSecurity(row, readSecurity());
+  if (const Security* security = scan.security(table.outcome())) {
+    table.outcome().merge(security->outcome);
+    addSecurity(row, *security);
+  }
   row.time(kInstallDate, readInstallDate(now.tv_sec))
       .time(kLastBootUpTime, readBootTime())
       .text(kLocaleId, lang)

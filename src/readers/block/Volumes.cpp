@@ -8,6 +8,7 @@
 #include "base/NaturalOrder.h"
 #include "readers/block/DeviceMapper.h"
 #include "readers/block/SysfsAttributes.h"
+#include "readers/block/UuidText.h"
 
 namespace quenlor {
 namespace {
@@ -62,9 +63,7 @@ Volume volumeOf(const BlockTree& tree, const BlockDevice& device) {
 // "a1b2c3d4:…" as mdadm writes it, into the form that all others have.
 std::string arrayUuid(std::string text) {
   std::erase(text, ':');
-  if (text.size() != 32) return text;
-  for (const size_t position : {20, 16, 12, 8}) text.insert(position, 1, '-');
-  return text;
+  return text.size() == 32 ? uuidOfDigits(std::move(text)) : text;
 }
 
 Volume readArray(const BlockTree& tree, const BlockDevice& device) {

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "base/Text.h"
+#include "readers/block/UuidText.h"
 
 namespace quenlor {
 namespace {
@@ -87,12 +88,6 @@ size_t rankOf(const Designator& designator) {
   return static_cast<size_t>(found - std::begin(PREFERENCES));
 }
 
-std::string uuidText(std::string_view bytes) {
-  std::string text = hex(bytes);
-  for (const size_t position : {20, 16, 12, 8}) text.insert(position, 1, '-');
-  return text;
-}
-
 std::string nameOf(const Designator& designator) {
   switch (designator.type) {
     case kNaa:
@@ -100,7 +95,7 @@ std::string nameOf(const Designator& designator) {
     case kEui:
       return worldWideName("eui." + hex(designator.value));
     case kUuid:
-      return worldWideName("uuid." + uuidText(designator.value.substr(2)));
+      return worldWideName("uuid." + uuidOfDigits(hex(designator.value.substr(2))));
     case kT10:
       return worldWideName("t10." + padded(designator.value));
     default:

@@ -63,8 +63,8 @@ std::string manufacturerOf(const Bytes& block) {
 }
 
 uint32_t numberOf(const Bytes& block) {
-  return block.at(12) | block.at(13) << 8 | block.at(14) << 16 |
-         static_cast<uint32_t>(block.at(15)) << 24;
+  const uint32_t low = block.at(12) | uint32_t{block.at(13)} << 8;
+  return low | uint32_t{block.at(14)} << 16 | uint32_t{block.at(15)} << 24;
 }
 
 void takeDate(const Bytes& block, Edid& edid) {

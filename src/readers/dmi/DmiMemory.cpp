@@ -17,7 +17,6 @@ namespace {
 
 constexpr char kMemoryPath[] = "/dev/mem";
 constexpr char kTablesPath[] = "/sys/firmware/dmi";
-constexpr char kLockdownPath[] = "/sys/kernel/security/lockdown";
 constexpr char kSystabPath[] = "/sys/firmware/efi/systab";
 
 constexpr uint64_t kSegmentAddress = 0xF0000;  // where firmware without UEFI puts entry points
@@ -58,14 +57,8 @@ bool isMemoryDevice() {
   return host().stat(kMemoryPath, &facts) == 0 && S_ISCHR(facts.st_mode);
 }
 
-bool isKernelLockedDown() {
-  const auto lockdown = readAttribute(kLockdownPath);
-  return lockdown && isLockedDown(*lockdown);
-}
-
 bool mayReadMemory() {
-  return host().geteuid() == 0 && !exists(kTablesPath) && isMemoryDevice() &&
-         !isKernelLockedDown() && !isEncryptedGuest();
+  return host().geteuid() == 0 && !exists(kTablesPath) && isMemoryDevice() && !isEncryptedGuest();
 }
 
 // The open device. Pages that the kernel does not give fail to map.
@@ -106,14 +99,6 @@ std::optional<DmiEntryPoint> findEntryPoint(const Memory& memory) {
   return segment ? findDmiEntryPoint(*segment) : std::nullopt;
 }
 
-// The word in brackets.
-std::string_view activeWord(std::string_view words) {
-  const size_t start = words.find('[');
-  const size_t end = words.find(']');
-  if (start == words.npos || end == words.npos || end < start) return {};
-  return words.substr(start + 1, end - start - 1);
-}
-
 std::optional<uint64_t> addressBehind(std::string_view text, std::string_view label) {
   const size_t start = text.starts_with(label) ? 0 : text.find("\n" + std::string(label));
   if (start == text.npos) return {};
@@ -128,8 +113,6 @@ std::optional<uint64_t> addressBehind(std::string_view text, std::string_view la
 }  // namespace
 
 bool isEncryptedGuest() { return isSevGuest() || isTdxGuest(); }
-
-bool isLockedDown(std::string_view lockdown) { return activeWord(lockdown) != "none"; }
 
 std::optional<uint64_t> parseEfiSystab(std::string_view systab) {
   const auto address = addressBehind(systab, "SMBIOS3=");

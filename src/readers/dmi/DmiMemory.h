@@ -8,18 +8,14 @@
 
 namespace quenlor {
 
-// Reads /dev/mem: only as root, only a character device, not where the kernel is locked down, and
-// never in a guest with encrypted memory, where touching the firmware's area ends the guest.
-// Nothing when that is so, or when no table is found.
+// Reads /dev/mem: only as root, only a character device, and never in a guest with encrypted
+// memory, where touching the firmware's area ends the guest. Not to be called where the kernel is
+// locked down. Nothing when that is so, or when no table is found.
 std::optional<DmiTable> readDmiFromMemory();
 
 // True when the processor says that it is a guest with encrypted memory: AMD SEV (CPUID 8000001F),
 // Intel TDX (CPUID 21).
 bool isEncryptedGuest();
-
-// The active word of /sys/kernel/security/lockdown, "[none] integrity confidentiality", is another
-// one than none.
-bool isLockedDown(std::string_view lockdown);
 
 // Address of the entry point by the lines of /sys/firmware/efi/systab: "SMBIOS3=0x..." rather than
 // "SMBIOS=0x...".

@@ -128,9 +128,9 @@ DmiTable readDmiTexts() {
   return none;
 }
 
-DmiTable readDmi() {
+DmiTable readDmi(bool isLockedDown) {
   std::optional<DmiTable> table = readDmiFiles();
-  if (!table) table = readDmiFromMemory();
+  if (!table && !isLockedDown) table = readDmiFromMemory();
   if (table && table->source != DmiSource::kNone) return std::move(*table);
   DmiTable texts = readDmiTexts();
   if (table) {

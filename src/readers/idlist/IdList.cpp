@@ -15,22 +15,19 @@ constexpr size_t kClassDigits = 2;
 constexpr std::string_view kClassSection = "C ";
 constexpr std::string_view kBlanks = " \t\r";
 
-// One entry of a list: an id of the given number of digits, blanks, and a name.
-struct Line {
-  uint16_t id = 0;
-  std::string_view name;
-};
-
-std::optional<Line> parseLine(std::string_view text, size_t digits) {
+// An entry of a list is an id of so many digits, blanks, and a name.
+std::optional<uint16_t> idOf(std::string_view text, size_t digits) {
   if (text.size() <= digits || text[digits] != ' ') return {};
-  Line line;
+  uint16_t id = 0;
   const char* end = text.data() + digits;
-  const auto [stop, error] = std::from_chars(text.data(), end, line.id, 16);
-  if (error != std::errc() || stop != end) return {};
-  line.name = text.substr(digits);
-  line.name.remove_prefix(std::min(line.name.find_first_not_of(kBlanks), line.name.size()));
-  line.name = line.name.substr(0, line.name.find_last_not_of(kBlanks) + 1);
-  return line;
+  const auto [stop, error] = std::from_chars(text.data(), end, id, 16);
+  return error == std::errc() && stop == end ? std::optional(id) : std::nullopt;
+}
+
+std::string_view nameOf(std::string_view text, size_t digits) {
+  text.remove_prefix(digits);
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
 }
 
 void keepFirst(std::string& name, std::string_view found) {
@@ -51,20 +48,21 @@ void IdNames::wantClass(uint8_t baseClass, uint8_t subclass) {
 
 // A line at the left margin: a vendor, a class, or the head of a section that is not asked for.
 void IdNames::takeTop(std::string_view line) {
-  m_isClass = line.starts_with(kClassSection);
-  const auto top = m_isClass ? parseLine(line.substr(kClassSection.size()), kClassDigits)
-                             : parseLine(line, kIdDigits);
-  Entries& entries = m_isClass ? m_classes : m_vendors;
-  const auto found = top ? entries.find(top->id) : entries.end();
+  const bool isClass = line.starts_with(kClassSection);
+  if (isClass) line.remove_prefix(kClassSection.size());
+  m_digits = isClass ? kClassDigits : kIdDigits;
+  Entries& entries = isClass ? m_classes : m_vendors;
+  const auto id = idOf(line, m_digits);
+  const auto found = id ? entries.find(*id) : entries.end();
   m_above = found == entries.end() ? nullptr : &found->second;
-  if (m_above != nullptr) keepFirst(m_above->name, top->name);
+  if (m_above != nullptr) keepFirst(m_above->name, nameOf(line, m_digits));
 }
 
 // No line two tabs deep has an id here.
 void IdNames::takeBelow(std::string_view line) {
-  const auto below = parseLine(line, m_isClass ? kClassDigits : kIdDigits);
-  const auto found = below ? m_above->below.find(below->id) : m_above->below.end();
-  if (found != m_above->below.end()) keepFirst(found->second, below->name);
+  const auto id = idOf(line, m_digits);
+  const auto found = id ? m_above->below.find(*id) : m_above->below.end();
+  if (found != m_above->below.end()) keepFirst(found->second, nameOf(line, m_digits));
 }
 
 void IdNames::takeLine(std::string_view line) {

@@ -51,7 +51,7 @@ class IdNames {
   Entries m_classes;
   std::string m_rest;        // of a line whose end is in the next piece
   Entry* m_above = nullptr;  // where lines below the present one belong; null: nowhere
-  bool m_isClass = false;
+  size_t m_digits = 0;       // of the ids of those lines
 };
 
 inline constexpr size_t kIdListLimit = 16u << 20;  // bytes

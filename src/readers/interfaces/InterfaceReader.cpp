@@ -43,11 +43,18 @@ void keepLatest(std::vector<NetworkInterface>& interfaces) {
   interfaces.erase(last, interfaces.end());
 }
 
+// Each is moved once, to its place: they are large, and a container host has thousands.
 void sortByName(std::vector<NetworkInterface>& interfaces) {
-  std::sort(interfaces.begin(), interfaces.end(),
-            [](const NetworkInterface& left, const NetworkInterface& right) {
-              return naturalLess(left.link.name, right.link.name);
-            });
+  std::vector<NetworkInterface*> order;
+  order.reserve(interfaces.size());
+  for (NetworkInterface& interface : interfaces) order.push_back(&interface);
+  std::sort(order.begin(), order.end(), [](const auto* left, const auto* right) {
+    return naturalLess(left->link.name, right->link.name);
+  });
+  std::vector<NetworkInterface> sorted;
+  sorted.reserve(order.size());
+  for (NetworkInterface* interface : order) sorted.push_back(std::move(*interface));
+  interfaces = std::move(sorted);
 }
 
 void takeFiles(InterfaceFiles&& files, NetworkInterface& interface) {

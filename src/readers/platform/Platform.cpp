@@ -53,15 +53,19 @@ std::optional<BootMode> readBootMode() {
 }
 
 // One read only: efivarfs asks the firmware anew at each, and lets users without rights wait.
-std::optional<bool> readEfiFlag(const char* path) {
-  const auto bytes = readAttribute(path);
+std::optional<bool> readEfiFlag(const char* path, Outcome& outcome) {
+  FileStatus status = FileStatus::kAbsent;
+  const auto bytes = readAttribute(path, status);
+  if (status == FileStatus::kRefused) {
+    outcome.note(OutcomeStatus::kPartial, "Secure Boot: refused");
+  }
   return bytes ? parseEfiFlag(*bytes) : std::nullopt;
 }
 
-std::optional<bool> readSecureBoot() {
-  const auto secureBoot = readEfiFlag(kSecureBoot);
+std::optional<bool> readSecureBoot(Outcome& outcome) {
+  const auto secureBoot = readEfiFlag(kSecureBoot, outcome);
   if (!secureBoot.value_or(false)) return secureBoot;
-  return isSecureBoot(secureBoot, readEfiFlag(kSetupMode));
+  return isSecureBoot(secureBoot, readEfiFlag(kSetupMode, outcome));
 }
 
 // Kernels before 5.6 do not say the version; only the older kind of TPM has "caps".
@@ -119,7 +123,7 @@ std::optional<std::string> readHypervisorUuid(Outcome& outcome) {
 Platform readPlatform() {
   Platform platform;
   platform.bootMode = readBootMode();
-  if (platform.bootMode == BootMode::kUefi) platform.secureBoot = readSecureBoot();
+  if (platform.bootMode == BootMode::kUefi) platform.secureBoot = readSecureBoot(platform.outcome);
   readTpm(platform);
   platform.hasIommu = readIommu();
   platform.bmcFirmware = readBmcFirmware();

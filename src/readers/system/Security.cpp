@@ -10,12 +10,26 @@ namespace {
 
 constexpr std::array<std::string_view, 3> kSelinuxModes = {"enforcing", "permissive", "disabled"};
 
+struct Fact {
+  FileStatus status = FileStatus::kAbsent;
+  std::optional<std::string> value;
+};
+
+Fact readFact(const char* path, const char* what, Outcome& outcome) {
+  Fact fact;
+  fact.value = readAttribute(path, fact.status);
+  if (fact.status == FileStatus::kRefused) {
+    outcome.note(OutcomeStatus::kPartial, std::string(what) + ": refused");
+  }
+  return fact;
+}
+
 // The kernel's own state where its file system is mounted; a machine that has SELinux configured
 // and not mounted runs without it.
-std::string readSelinuxMode() {
-  if (const auto enforce = readAttribute("/sys/fs/selinux/enforce")) {
-    return *enforce == "1" ? "enforcing" : "permissive";
-  }
+std::string readSelinuxMode(Outcome& outcome) {
+  const Fact enforce = readFact("/sys/fs/selinux/enforce", "SELinux mode", outcome);
+  if (enforce.value) return *enforce.value == "1" ? "enforcing" : "permissive";
+  if (enforce.status == FileStatus::kRefused) return {};
   const WholeFile configuration = readWholeFile("/etc/selinux/config");
   if (configuration.status != FileStatus::kRead) return {};
   return configuredSelinuxMode(configuration.bytes).empty() ? "" : "disabled";
@@ -43,12 +57,15 @@ std::string configuredSelinuxMode(std::string_view text) {
 
 Security readSecurity() {
   Security security;
-  security.modules = readAttribute("/sys/kernel/security/lsm").value_or("");
-  security.lockdown = bracketedWord(readAttribute("/sys/kernel/security/lockdown").value_or(""));
-  security.selinuxMode = readSelinuxMode();
-  if (const auto fips = readAttribute("/proc/sys/crypto/fips_enabled")) {
-    security.fips = *fips == "1";
-  }
+  Outcome& outcome = security.outcome;
+  const Fact modules = readFact("/sys/kernel/security/lsm", "security modules", outcome);
+  const Fact lockdown = readFact("/sys/kernel/security/lockdown", "lockdown", outcome);
+  security.modules = modules.value.value_or("");
+  security.lockdown = bracketedWord(lockdown.value.value_or(""));
+  security.isLockedDown = lockdown.status != FileStatus::kAbsent && security.lockdown != "none";
+  security.selinuxMode = readSelinuxMode(outcome);
+  const Fact fips = readFact("/proc/sys/crypto/fips_enabled", "FIPS", outcome);
+  if (fips.value) security.fips = *fips.value == "1";
   return security;
 }
 

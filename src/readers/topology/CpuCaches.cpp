@@ -60,17 +60,20 @@ class CacheReader {
   explicit CacheReader(const CpuPackage& package) : m_package(package) {}
 
   std::vector<CpuCache> read() {
-    for (const CpuCore& core : m_package.cores) readCore(core);
+    for (const CpuCore& core : m_package.cores) {
+      // Some hypervisors give each thread a first level of its own.
+      for (const uint32_t cpu : core.cpus) readAround(cpu, core);
+    }
     return std::move(m_caches);
   }
 
  private:
-  void readCore(const CpuCore& core) {
+  void readAround(uint32_t cpu, const CpuCore& core) {
     const std::vector<CacheShape>& shapes = shapesOf(core);
     for (uint32_t index = 0; index < shapes.size(); ++index) {
       const CacheShape& shape = shapes[index];
-      const bool isKnown = m_covered.count({shape.level, shape.type, core.firstCpu}) != 0;
-      if (!isKnown) readCache(core, index, shape);
+      const bool isKnown = m_covered.count({shape.level, shape.type, cpu}) != 0;
+      if (!isKnown) readCache(cpu, core, index, shape);
     }
   }
 
@@ -84,15 +87,16 @@ class CacheReader {
     return found->second;
   }
 
-  void readCache(const CpuCore& core, uint32_t index, const CacheShape& shape) {
-    const auto size = cpuAttribute(core.firstCpu, indexName(index, "size"));
+  void readCache(uint32_t cpu, const CpuCore& core, uint32_t index, const CacheShape& shape) {
+    const auto size = cpuAttribute(cpu, indexName(index, "size"));
     const auto kiloBytes = cacheSizeKiloBytes(size.value_or(""));
     if (!kiloBytes) return;
-    const CpuList shared =
-        cpuListAttribute(core.firstCpu, indexName(index, "shared_cpu_list")).value_or(CpuList{});
-    for (const uint32_t cpu : shared) m_covered.insert({shape.level, shape.type, cpu});
+    const auto list = cpuListAttribute(cpu, indexName(index, "shared_cpu_list"));
+    const CpuList& shared = list ? *list : core.cpus;
+    for (const uint32_t other : shared) m_covered.insert({shape.level, shape.type, other});
     m_caches.push_back({shape.level, shape.type, *kiloBytes, shape.ways, shape.lineBytes,
-                        static_cast<uint32_t>(std::max<size_t>(shared.size(), 1)), core.kind});
+                        static_cast<uint32_t>(list && !list->empty() ? list->size() : 1),
+                        core.kind});
   }
 
   const CpuPackage& m_package;

@@ -35,6 +35,7 @@ struct CpuCore {
   uint32_t firstCpu = 0;
   uint32_t threads = 0;  // online ones
   CoreKind kind = CoreKind::kUniform;
+  CpuList cpus{};  // the same processors; empty without /sys
 };
 
 // A package with at least one online processor.

@@ -65,9 +65,9 @@ std::vector<CpuCore> readCores(const CpuList& cpus, const CoreKinds& kinds) {
       partitionCpus(cpus, [](uint32_t cpu) { return listOf(cpu, kCoreLists); });
   std::vector<CpuCore> result;
   for (const CpuList& core : cores.groups) {
-    result.push_back({core[0], static_cast<uint32_t>(core.size()), kinds.of(core[0])});
+    result.push_back({core[0], static_cast<uint32_t>(core.size()), kinds.of(core[0]), core});
   }
-  for (const uint32_t cpu : cores.unknown) result.push_back({cpu, 1, kinds.of(cpu)});
+  for (const uint32_t cpu : cores.unknown) result.push_back({cpu, 1, kinds.of(cpu), {cpu}});
   return result;
 }
 

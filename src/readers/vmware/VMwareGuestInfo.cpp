@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "host/Host.h"
-
 #include "readers/vmware/VMwareGuestInfoProvider_impl.h"
 
 namespace quenlor {
@@ -24,6 +23,14 @@ bool isFile(const char* path) {
 }
 
 }  // namespace
+
+std::optional<float> packagesByLimit(const VMwareGuestInfo& guest, int hostPackages) {
+  if (guest.cpuLimit == kUnlimitedMhz || guest.cpuLimit == guest.hostProcessorSpeed) {
+    return static_cast<float>(hostPackages);
+  }
+  if (guest.hostProcessorSpeed == 0) return std::nullopt;
+  return static_cast<float>(guest.cpuLimit) / static_cast<float>(guest.hostProcessorSpeed);
+}
 
 std::vector<std::string> installedGuestLibraries() {
   std::vector<std::string> installed;

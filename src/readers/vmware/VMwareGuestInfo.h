@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,13 @@ struct VMwareGuestInfo {
   uint32_t cpuShares = 0;
   uint32_t hostProcessorSpeed = 0;
 };
+
+// What the library says of a processor limit that is none.
+inline constexpr uint32_t kUnlimitedMhz = 0xFFFFFFFF;
+
+// How many of its host's packages the guest may use by its processor limit: all where it has none;
+// nothing without the host's speed, for then the limit has no measure.
+std::optional<float> packagesByLimit(const VMwareGuestInfo& guest, int hostPackages);
 
 class VMwareGuestInfoProvider_impl;
 

@@ -156,8 +156,8 @@ TEST_F(PCIDeviceGroupTest, tracesItsSourcesAndLines) {
   const char* expected[] = {
       "hardware PCIDeviceGroup",
       "hardware PCIDeviceGroup: use '/proc/pci' to get PCI device informations ...",
-      "hardware PCIDeviceGroup: unable to use '/proc/pci' try to use '/sbin/lspci -m 2>/dev/null' "
-      "...",
+      ("hardware PCIDeviceGroup: unable to use '/proc/pci' try to use '/sbin/lspci -m 2>/dev/null' "
+       "..."),
       "hardware PCIDeviceGroup: parse line 1 ...",
       "hardware PCIDeviceGroup: vendor name = >Intel Corporation<",
       "hardware PCIDeviceGroup: device name = >440BX<",

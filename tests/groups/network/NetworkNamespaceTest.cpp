@@ -135,9 +135,13 @@ std::vector<Adapter> reportedAdapters() {
   return reported;
 }
 
-auto openDescriptors() {
+// Sockets alone: a sanitizer talks with the program that finds its names through pipes.
+auto openSockets() {
   const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-  return std::distance(begin(descriptors), end(descriptors));
+  return std::count_if(begin(descriptors), end(descriptors), [](const auto& entry) {
+    std::error_code error;
+    return std::filesystem::read_symlink(entry.path(), error).string().starts_with("socket:");
+  });
 }
 
 // Leaves the machine's own network for a namespace with nothing but the loopback.
@@ -206,13 +210,13 @@ TEST_F(NetworkNamespaceTest, fiftyInterfacesFillTheAddressListWhoseFirstRecordIs
     if (!makeInterface(name)) GTEST_SKIP() << "no virtual interfaces";
     addAddress(name, "198.18." + std::to_string(i) + ".1/24");
   }
-  const auto before = openDescriptors();
+  const auto before = openSockets();
   auto expected = expectedAddresses();
   ASSERT_THAT(expected, SizeIs(50));
   expected.resize(49);  // 2000 bytes hold 50 records, one of which is the loopback's
   EXPECT_THAT(reportedAddresses(), ElementsAreArray(expected));
   EXPECT_THAT(reportedAdapters(), ElementsAreArray(expectedAdapters()));
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(openSockets(), before);
 }
 
 TEST_F(NetworkNamespaceTest, addressesOfOneInterfaceUnderOneNameAreRowsOfTheirOwn) {

@@ -15,7 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 using test::ScriptedSgDevice;
 
-constexpr auto kShort = 50ms;
+constexpr auto kShort = 400ms;
 constexpr uint32_t kModel = 4;
 constexpr uint32_t kTotalSize = 10;
 
@@ -50,7 +50,7 @@ TEST_F(HeldNodesTest, genericNodeThatDoesNotOpenIsLeftOutAlone) {
   ::testing::internal::CaptureStderr();
   const auto rows = gather();
   EXPECT_EQ(::testing::internal::GetCapturedStderr(),
-            "quenlor: /dev/sg1 did not open within 50 ms and is left out\n");
+            "quenlor: /dev/sg1 did not open within 400 ms and is left out\n");
   ASSERT_EQ(rows.size(), 2U);
   EXPECT_EQ(test::valueOf(rows[0], kModel), "DISK 0");
   EXPECT_EQ(test::valueOf(rows[1], kModel), "DISK 2");
@@ -61,7 +61,7 @@ TEST_F(HeldNodesTest, diskNodeThatDoesNotOpenCostsItsOwnDriveTheSizeOnlyAndOneLi
   ::testing::internal::CaptureStderr();
   const auto rows = gather();
   EXPECT_EQ(::testing::internal::GetCapturedStderr(),
-            "quenlor: /dev/sda did not open within 50 ms and is left out\n");
+            "quenlor: /dev/sda did not open within 400 ms and is left out\n");
   ASSERT_EQ(rows.size(), 3U);
   EXPECT_EQ(test::valueOf(rows[0], kTotalSize), "0");
   EXPECT_EQ(test::valueOf(rows[1], kTotalSize), "1024");

@@ -16,8 +16,7 @@ INSTALL = "opt/quenlor"
 KERNEL = ".kernel"
 # What the thread sanitizer reports of code that is not the scanner's.
 SUPPRESSIONS = ".suppressions"
-# glibc guards its resolver state with a lock of its own that the sanitizer cannot see.
-SUPPRESSED = "race:__libc_dynarray_emplace_enlarge\n"
+SUPPRESSED = (Path(__file__).resolve().parents[2] / "support/tsan.suppressions").read_text()
 SCAN_CONFIGURATION = "etc/scan-groups.xml"
 # The shell that popen starts. Not busybox: its shell would run its own applets (mount, ifconfig,
 # ps ...) in place of the machine's commands, or of their absence.

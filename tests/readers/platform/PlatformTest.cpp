@@ -73,8 +73,12 @@ TEST_F(PlatformTest, secureBootIsUnknownWithoutItsVariables) {
   machine.files[kSecureBoot] = kOn;
   EXPECT_FALSE(readPlatform().secureBoot);
   machine.files[kSetupMode] = kOff;
+  EXPECT_EQ(readPlatform().outcome.status(), OutcomeStatus::kComplete);
   machine.openErrors[kSecureBoot] = EACCES;
-  EXPECT_FALSE(readPlatform().secureBoot);
+  const Platform platform = readPlatform();
+  EXPECT_FALSE(platform.secureBoot);
+  EXPECT_EQ(platform.outcome.status(), OutcomeStatus::kPartial);
+  EXPECT_EQ(platform.outcome.reason(), "Secure Boot: refused");
 }
 
 TEST_F(PlatformTest, onlyTheTwoNamedVariablesAreOpenedAndOnUefiOnly) {

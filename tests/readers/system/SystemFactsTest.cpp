@@ -149,16 +149,37 @@ TEST(SecurityTest, selinuxIsWhatTheKernelSaysElseDisabledWhereItIsConfigured) {
   EXPECT_EQ(readSecurity().selinuxMode, "enforcing");
 }
 
+TEST(SecurityTest, whatIsRefusedIsNoted) {
+  FakeHost machine;
+  machine.files["/etc/selinux/config"] = "SELINUX=enforcing\n";
+  for (const char* path : {"/sys/kernel/security/lsm", "/sys/kernel/security/lockdown",
+                           "/sys/fs/selinux/enforce", "/proc/sys/crypto/fips_enabled"}) {
+    machine.files[path] = "1";
+    machine.openErrors[path] = EACCES;
+  }
+  const Security security = readSecurity();
+  EXPECT_TRUE(security.isLockedDown);
+  // A mode that may not be read is not "disabled".
+  EXPECT_EQ(security.selinuxMode, "");
+  EXPECT_EQ(security.outcome.status(), OutcomeStatus::kPartial);
+  EXPECT_EQ(security.outcome.reason(),
+            "security modules: refused; lockdown: refused; SELinux mode: refused; FIPS: refused");
+}
+
 TEST(SecurityTest, whatTheKernelDoesNotTellIsNotKnown) {
   FakeHost machine;
   EXPECT_FALSE(readSecurity().fips);
   EXPECT_EQ(readSecurity().lockdown, "");
+  EXPECT_FALSE(readSecurity().isLockedDown);
   machine.files["/proc/sys/crypto/fips_enabled"] = "1\n";
   machine.files["/sys/kernel/security/lockdown"] = "[none] integrity confidentiality\n";
   machine.files["/sys/kernel/security/lsm"] = "lockdown,capability,yama";
   const Security security = readSecurity();
   EXPECT_EQ(security.fips, true);
   EXPECT_EQ(security.lockdown, "none");
+  EXPECT_FALSE(security.isLockedDown);
+  machine.files["/sys/kernel/security/lockdown"] = "none [integrity] confidentiality\n";
+  EXPECT_TRUE(readSecurity().isLockedDown);
   EXPECT_EQ(security.modules, "lockdown,capability,yama");
 }
 

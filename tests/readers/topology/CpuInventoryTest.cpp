@@ -140,6 +140,20 @@ TEST(CpuInventory, cachesAreThoseThatProcessorsShare) {
   EXPECT_EQ(rows[3].lineBytes, 64u);
 }
 
+TEST(CpuInventory, threadsWithoutASharedFirstLevelHaveOneEach) {
+  FakeHost host;
+  TopologyMachine{.coresPerPackage = 1, .threadsPerCore = 2}.installOn(host);
+  for (const char* cpu : {"0", "1"}) {
+    host.files[std::string("/sys/devices/system/cpu/cpu") + cpu + "/cache/index0/shared_cpu_list"] =
+        cpu;
+  }
+  const std::vector<CacheSummary> rows = summarizeCaches(readCpus());
+  ASSERT_EQ(rows.size(), 4u);
+  EXPECT_EQ(rows[0].count, 2u);
+  EXPECT_EQ(rows[0].sharedBy, 1u);
+  EXPECT_EQ(rows[1].count, 1u);
+}
+
 TEST(CpuInventory, diesWithLargerCachesHaveARowOfTheirOwn) {
   FakeHost host;
   TopologyMachine{.coresPerPackage = 2, .threadsPerCore = 1}.installOn(host);

@@ -121,7 +121,7 @@ std::string storedBytes(std::string uuid, bool isSwapped) {
   if (!isSwapped) return uuid;
   const auto byte = [&uuid](size_t i) { return uuid.substr(2 * i, 2); };
   std::string bytes;
-  for (size_t i : {3, 2, 1, 0, 5, 4, 7, 6}) bytes += byte(i);
+  for (const size_t i : {3U, 2U, 1U, 0U, 5U, 4U, 7U, 6U}) bytes += byte(i);
   return bytes + uuid.substr(16);
 }
 
