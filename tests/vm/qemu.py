@@ -11,6 +11,7 @@ from media import Medium, drive_arguments
 from modern_machine import modern_arguments
 from storage_machine import storage_arguments
 from topology_machines import TOPOLOGIES
+from vmware_machine import renamed_qemu, vmware_arguments
 
 FIRMWARE = {
     0: {"vendor": "ACME Firmware", "version": "7.3b", "date": "04/18/2009", "release": "4.6"},
@@ -40,6 +41,7 @@ PARAVIRTUAL_DRIVES = (
     (Medium("pv1", 16), "scsi-hd,bus=hba.0,scsi-id=1,vendor=ACME,product=PV DISK,serial=PV-SN-1"),
     (Medium("pv2", 4), "scsi-cd,bus=hba.0,scsi-id=2,vendor=ACME,product=PV CDROM,serial=PV-SN-2"),
 )
+QEMU = "qemu-system-x86_64"
 FLOPPY = Medium("floppy", 1440 / 1024, content="dos")
 
 
@@ -86,21 +88,21 @@ def network_arguments(_work):
 SCENARIOS = {"devices": (devices_arguments, "classic"), "processors": (processors_arguments, "classic"),
              "pvscsi": (pvscsi_arguments, "classic"), "nodes": (nodes_arguments, "classic"),
              "modern": (modern_arguments, "modern"), "storage": (storage_arguments, "long"),
-             "network": (network_arguments, "long"),
+             "network": (network_arguments, "long"), "vmware": (vmware_arguments, "modern"),
              **{f"topology-{name}": (machine, "modern") for name, machine in TOPOLOGIES.items()}}
 
 
 def run_scenario(name, work, kernel, images, seconds):
     """Boots an image of the directory `images`, waits for the end, and returns the guest's result
     files by name."""
-    need_program("qemu-system-x86_64", "qemu-system-x86")
+    need_program(QEMU, "qemu-system-x86")
     work.mkdir(parents=True, exist_ok=True)
     results = work / "results.tar"
     results.unlink(missing_ok=True)
     console = work / "console.log"
     arguments, kit = SCENARIOS[name]
     command = [
-        "qemu-system-x86_64", "-nodefaults", "-no-user-config", "-display", "none", "-no-reboot",
+        renamed_qemu(QEMU, work) if name == "vmware" else QEMU, "-nodefaults", "-no-user-config", "-display", "none", "-no-reboot",
         # Emulation by default: KVM in a machine that is itself virtual is often there but broken.
         "-accel", os.environ.get("QUENLOR_VM_ACCEL", "tcg"), "-cpu", "Nehalem",
         "-machine", "pc,smbios-entry-point-type=32,vmport=on",

@@ -2,7 +2,7 @@
 """Builds the virtual machine's image, or boots one scenario and compares what the scanner said there.
 
     run_vm.py --work DIR image --build DIR --helpers DIR KIT...
-    run_vm.py --work DIR devices|modern|network|nodes|processors|pvscsi|storage|topology-NAME
+    run_vm.py --work DIR devices|modern|network|nodes|processors|pvscsi|storage|topology-NAME|vmware
 """
 
 import argparse
@@ -22,6 +22,7 @@ import compare_processors  # noqa: E402
 import compare_pvscsi  # noqa: E402
 import compare_storage  # noqa: E402
 import compare_topology  # noqa: E402
+import compare_vmware  # noqa: E402
 import image  # noqa: E402
 import qemu  # noqa: E402
 from comparison import Comparison  # noqa: E402
@@ -30,7 +31,8 @@ from kits import KITS  # noqa: E402
 COMPARE = {"devices": compare_devices.compare, "processors": compare_processors.compare,
            "pvscsi": compare_pvscsi.compare, "nodes": compare_nodes.compare,
            "modern": compare_modern.compare, "topology": compare_topology.compare,
-           "storage": compare_storage.compare, "network": compare_network.compare}
+           "storage": compare_storage.compare, "network": compare_network.compare,
+           "vmware": compare_vmware.compare}
 BOOT_LIMIT = 400  # seconds; a boot takes 20 to 40 on an idle machine, many times that on a busy one
 
 
