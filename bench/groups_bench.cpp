@@ -4,10 +4,13 @@
 // id list, whose one pass takes 2 ms.
 #include <benchmark/benchmark.h>
 
+#include <cerrno>
 #include <initializer_list>
+#include <string_view>
 #include <utility>
 
 #include "groups/modern/Collectors.h"
+#include "host/SystemHost.h"
 
 namespace quenlor {
 namespace {
@@ -58,9 +61,31 @@ void BM_Storage(benchmark::State& state) {
                   {group::kVolume, collectVolume}});
 }
 
+// This machine without its list of PCI ids, from which adapters and functions have their names.
+class UnnamedHost : public SystemHost {
+ public:
+  int open(const char* path, int flags, mode_t mode) override {
+    if (std::string_view(path).ends_with("/pci.ids")) {
+      errno = ENOENT;
+      return -1;
+    }
+    return SystemHost::open(path, flags, mode);
+  }
+};
+
 void BM_Network(benchmark::State& state) {
+  UnnamedHost machine;
+  const ScopedHost scope(machine);
   collect(state, {{group::kNetworkAdapter, collectNetworkAdapters},
                   {group::kIpAddress, collectIpAddresses}});
+}
+
+void BM_NetworkAndPci(benchmark::State& state) {
+  UnnamedHost machine;
+  const ScopedHost scope(machine);
+  collect(state, {{group::kNetworkAdapter, collectNetworkAdapters},
+                  {group::kIpAddress, collectIpAddresses},
+                  {group::kPciDevice, collectPciDevices}});
 }
 
 void BM_PciWithIdList(benchmark::State& state) {
@@ -73,6 +98,7 @@ BENCHMARK(BM_Processors)->Unit(benchmark::kMicrosecond)->UseRealTime();
 BENCHMARK(BM_ProcessorsWithNames)->Unit(benchmark::kMicrosecond)->UseRealTime();
 BENCHMARK(BM_Storage)->Unit(benchmark::kMicrosecond)->UseRealTime();
 BENCHMARK(BM_Network)->Unit(benchmark::kMicrosecond)->UseRealTime();
+BENCHMARK(BM_NetworkAndPci)->Unit(benchmark::kMicrosecond)->UseRealTime();
 BENCHMARK(BM_PciWithIdList)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
 }  // namespace

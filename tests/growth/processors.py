@@ -5,7 +5,6 @@ Every processor has to be counted. In an optimised build the scan of the largest
 processor time, and what a processor costs may not grow with their number; the best of several runs
 counts.
 """
-import argparse
 import os
 import re
 import subprocess
@@ -15,33 +14,18 @@ import tempfile
 sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
+import own_name_space  # noqa: E402
 from timed_scan import install, seconds  # noqa: E402
 
-SKIP = 77
 RUNS = 9
 LIMIT = 0.030  # seconds
 GROWTH = 1.5   # a square law would make a processor of 1,024 cost twice that of one of 512
 COUNTS = (128, 256, 512, 1024)
 CORES_PER_PACKAGE = 64
-INSIDE = "--inside"
 GROUPS = ("Processor", "PhysicalProcessor", "Cache")
 CPUS = "/sys/devices/system/cpu"
 CACHES = (("1", "Data", "32K", 2), ("1", "Instruction", "32K", 2), ("2", "Unified", "1024K", 2),
           ("3", "Unified", "65536K", 0))  # level, type, size, sharing threads (0: the package's)
-
-
-def enter_name_space():
-    """Runs this script again with mounts of its own."""
-    unshare = ["unshare", "--mount"]
-    if os.geteuid() != 0:
-        unshare += ["--map-root-user"]
-    probe = subprocess.run(unshare + ["mount", "-t", "tmpfs", "none", "/mnt"],
-                           stderr=subprocess.DEVNULL)
-    if probe.returncode != 0:
-        print("no mount name space can be made here")
-        return SKIP
-    return subprocess.run(unshare + [sys.executable, "-IS", os.path.abspath(__file__), INSIDE]
-                          + sys.argv[1:]).returncode
 
 
 def write(directory, name, text):
@@ -120,20 +104,9 @@ def measure(options):
     each = {count: (times[count] - times[128]) / (count - 128) for count in (512, 1024)}
     print(f"a further processor: {each[512] * 1e6:.1f} us of 512, {each[1024] * 1e6:.1f} us of 1024")
     is_quick = times[1024] <= LIMIT and each[1024] <= GROWTH * each[512]
-    return 0 if right and (is_quick or options.optimised == "0" or options.sanitizer) else 1
-
-
-def main():
-    if INSIDE not in sys.argv:
-        return enter_name_space()
-    parser = argparse.ArgumentParser()
-    parser.add_argument(INSIDE, action="store_true")
-    parser.add_argument("--quenlor", required=True)
-    parser.add_argument("--data", required=True)
-    parser.add_argument("--optimised", default="1")
-    parser.add_argument("--sanitizer", default="")
-    return measure(parser.parse_args())
+    return 0 if right and (is_quick or not own_name_space.is_measured(options)) else 1
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(own_name_space.run(__file__, measure, ["mount"], ["mount", "-t", "tmpfs", "none", "/mnt"],
+                                "no mount name space can be made here"))
