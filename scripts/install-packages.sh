@@ -9,7 +9,7 @@ build='g++ cmake ninja-build python3 libexpat1-dev libspdlog-dev libfmt-dev
 test="$build libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev clang-format clang-tidy
       busybox-static cpio dmidecode dpkg-dev e2fsprogs edid-decode fdisk file git groff hostname iproute2 kmod
       libxml2-utils lintian lld locales man-db mandoc mount net-tools ovmf pci.ids pciutils procps
-      qemu-system-x86 sg3-utils strace udev util-linux xz-utils zsh zstd"
+      qemu-system-x86 sg3-utils strace swtpm udev usbutils util-linux xz-utils zsh zstd"
 long="$test btrfs-progs dmsetup ethtool mdadm nvme-cli xfsprogs"
 
 case "${1:-}" in

@@ -14,6 +14,7 @@ EDID = {
     "Widthmm": r"DTD 1:.*\(\D*(\d+) mm x", "Heightmm": r"DTD 1:.*mm x (\d+) mm\)",
     "PreferredMode": r"DTD 1: +(\d+x\d+)",
 }
+ROOT_HUB_VENDOR = "1d6b"  # of hubs that the kernel plays
 USB_DRIVERS = {"03": "usbhid", "08": "usb-storage"}
 
 
@@ -74,6 +75,25 @@ def expected_usb(directory, device, files):
         "VendorId": device["idVendor"], "ProductId": device["idProduct"], "Class": USB_CLASSES[kind],
         "SpeedKbs": int(device["speed"]) * 1000, "Driver": USB_DRIVERS[interface], "Version": device["version"],
         "Removable": device["removable"] if device["removable"] != "unknown" else None}
+
+
+def compare_with_lsusb(results, inventory, comparison):
+    """What the devices themselves say when they are asked again."""
+    expected = [row for row in map(lsusb_row, re.split(r"^Bus ", results["lsusb"], flags=re.MULTILINE)[1:])
+                if row["VendorId"] != ROOT_HUB_VENDOR]
+    told = [{name: row.get(name) for name in expected[0]} for row in inventory.rows("USBDevice")]
+    in_order = lambda rows: sorted(rows, key=lambda row: (row["VendorId"], row["ProductId"]))
+    comparison.equal("USBDevice as lsusb has it", in_order(told), in_order(expected))
+
+
+def lsusb_row(listing):
+    """The values behind the numbers of the strings, and of the device descriptor's fields."""
+    # A device of several speeds has a further descriptor behind the first, with some of the same fields.
+    fields = dict(reversed(re.findall(r"^  (\w+) +(?:0x)?(.*)$", listing, re.MULTILINE)))
+    text = lambda name: fields[name].partition(" ")[2].strip()
+    version = fields["bcdUSB"].strip()
+    return {"VendorId": fields["idVendor"][:4], "ProductId": fields["idProduct"][:4], "Name": text("iProduct"),
+            "Manufacturer": text("iManufacturer"), "SerialNumber": text("iSerial"), "Version": version}
 
 
 def compare_display(results, inventory, comparison):

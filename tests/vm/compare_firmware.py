@@ -154,6 +154,7 @@ def compare_machine(results, dmi, inventory, comparison):
     system, management = dmi.first(1), dmi.first(38)
     setup, secure = (int(results[f"efi.{name}"].split()[-1]) for name in ("SetupMode", "SecureBoot"))
     comparison.whole_row("Machine", inventory.row("Machine"), {
+        "TPMVersion": f"{results['tpm'].strip()}.0",
         "UUID": system["UUID"], "SerialNumber": system["Serial Number"],
         # The enclosure is a rack's, but CPUID tells of the hypervisor.
         "Chassis": "vm", "BootMode": "uefi", "SecureBoot": "Y" if secure and not setup else "N",

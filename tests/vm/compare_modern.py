@@ -45,6 +45,7 @@ def compare(results, comparison):
     compare_network(results, inventory, comparison)
     compare_buses.compare_pci(results, inventory, comparison)
     compare_buses.compare_usb(results, inventory, comparison)
+    compare_buses.compare_with_lsusb(results, inventory, comparison)
     compare_buses.compare_display(results, inventory, comparison)
     compare_system(results, inventory, comparison)
     compare_forms(results, inventory, comparison)

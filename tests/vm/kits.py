@@ -40,6 +40,7 @@ CLASSIC = Kit(
 # A machine of today: its drivers, and the device manager whose database the modern sources read.
 MODERN = CLASSIC + Kit(
     tools={"/usr/bin/findmnt": "util-linux", "/usr/bin/strace": "strace", "/usr/bin/udevadm": "udev",
+           "/usr/bin/lsusb": "usbutils",
            "/lib/udev/ata_id": "udev", "/lib/udev/cdrom_id": "udev",
            "/lib/udev/scsi_id": "udev"},
     links={"lib/systemd/systemd-udevd": "/usr/bin/udevadm", "bin/udevadm": "/usr/bin/udevadm"},

@@ -5,6 +5,7 @@ import shutil
 from pathlib import Path
 
 import firmware_tables
+import tpm
 from image import Unavailable
 from media import Medium, drive_arguments
 
@@ -28,6 +29,7 @@ def modern_arguments(work):
         "-device", "bochs-display,edid=on,xres=1280,yres=800",
         "-netdev", "hubport,id=net0,hubid=0", "-device", f"virtio-net-pci,romfile=,netdev=net0,mac={MACS[0]}",
         "-netdev", "hubport,id=net1,hubid=1", "-device", f"e1000e,romfile=,netdev=net1,mac={MACS[1]}",
+        *tpm.arguments(work),
     ]
 
 

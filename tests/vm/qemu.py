@@ -1,11 +1,13 @@
 """Starts the virtual machine of a scenario and brings its results home."""
 
+import contextlib
 import io
 import os
 import subprocess
 import tarfile
 from pathlib import Path
 
+import tpm
 from image import Unavailable, initramfs_file, kernel_file, need_program
 from media import Medium, drive_arguments
 from modern_machine import modern_arguments
@@ -114,7 +116,7 @@ def run_scenario(name, work, kernel, images, seconds):
         "-device", "virtserialport,chardev=results,name=results",
         *arguments(work),
     ]
-    with open(console, "wb") as stream:
+    with open(console, "wb") as stream, tpm.running(work) if name == "modern" else contextlib.nullcontext():
         try:
             subprocess.run(command, stdin=subprocess.DEVNULL, stdout=stream,
                            stderr=subprocess.STDOUT, timeout=seconds)
