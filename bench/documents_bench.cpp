@@ -58,8 +58,7 @@ void expatAlone(benchmark::State& state) {
     for (int i = 0; i < kDocuments; ++i) {
       XML_ParserReset(parser, nullptr);
       XML_SetElementHandler(
-          parser, [](void*, const XML_Char*, const XML_Char**) {},
-          [](void*, const XML_Char*) {});
+          parser, [](void*, const XML_Char*, const XML_Char**) {}, [](void*, const XML_Char*) {});
       XML_SetCharacterDataHandler(parser, [](void*, const XML_Char*, int) {});
       if (XML_Parse(parser, one.data(), static_cast<int>(one.size()), XML_TRUE) == XML_STATUS_ERROR)
         state.SkipWithError("not well-formed");
