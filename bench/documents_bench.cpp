@@ -4,14 +4,13 @@
 #include <benchmark/benchmark.h>
 #include <expat.h>
 
-#include <fstream>
-#include <regex>
-#include <sstream>
+#include <string>
 
 #include "quenlorctl/diff/Diff.h"
 #include "quenlorctl/input/Inputs.h"
 #include "quenlorctl/json/JsonDocument.h"
 #include "quenlorctl/rows/RowWriter.h"
+#include "tests/quenlorctl/support/Documents.h"
 
 namespace quenlor::ctl {
 namespace {
@@ -19,13 +18,7 @@ namespace {
 constexpr int kDocuments = 100;
 
 std::string fullMachine() {
-  std::ifstream file(std::string(QUENLOR_SOURCE_DIR) + "/tests/machines/full-server/golden.xml");
-  std::stringstream text;
-  text << file.rdbuf();
-  // What differs from scan to scan stands there as a marker.
-  const std::string dated =
-      std::regex_replace(text.str(), std::regex("@SCAN_DATE@"), "2026-11-22-01.02.03.000000");
-  return std::regex_replace(dated, std::regex("@[A-Z0-9_]+@"), "7");
+  return goldenText(std::string(QUENLOR_SOURCE_DIR) + "/tests/machines/full-server/golden.xml");
 }
 
 std::string manyDocuments() {

@@ -53,30 +53,35 @@ def includes_of(path):
                 yield str(found)
 
 
-def reached_from(changed, files):
-    """The files among `files` that are changed or include one that is reached."""
+def includers(files):
+    """{header: the files that name it}"""
     included_by = {}
     for path in files:
         for header in includes_of(path):
             included_by.setdefault(header, set()).add(str(path))
-    reached, waiting = set(), list(changed)
+    return included_by
+
+
+def reached_from(header, included_by):
+    """The files that include a header, directly or not."""
+    reached, waiting = set(), [header]
     while waiting:
-        path = waiting.pop()
-        if path not in reached:
+        for path in included_by.get(waiting.pop(), set()) - reached:
             reached.add(path)
-            waiting += included_by.get(path, ())
+            waiting.append(path)
     return reached
 
 
 def concerned(changed, files):
     """The sources that a change concerns."""
     sources = {str(path) for path in files if path.suffix == ".cpp"}
-    headers = [path for path in changed if path.endswith(".h")]
-    for header in headers:
-        if 2 * len(reached_from([header], files) & sources) > len(sources):
+    included_by = includers(files)
+    found = set(changed)
+    for header in (path for path in changed if path.endswith(".h")):
+        if 2 * len(reached_from(header, included_by) & sources) > len(sources):
             return sources
-    naming = {str(path) for path in files if not set(headers).isdisjoint(includes_of(path))}
-    return sources & (changed | naming)
+        found |= included_by.get(header, set())
+    return sources & found
 
 
 def main():

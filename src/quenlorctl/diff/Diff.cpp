@@ -9,8 +9,6 @@
 namespace quenlor::ctl {
 namespace {
 
-constexpr uint32_t kSourcesOfScan = 102;  // Scan Info: Sources
-
 class Comparison {
  public:
   Comparison(const Document& before, const Document& after, const DiffOptions& options)
@@ -35,8 +33,7 @@ class Comparison {
 
   bool isWanted(const Group& group) const {
     if (m_terms.isAcross() && group.isModern) return false;
-    const auto& wanted = m_options.groups;
-    return wanted.empty() || std::find(wanted.begin(), wanted.end(), &group) != wanted.end();
+    return isAmong(m_options.groups, group);
   }
 
   Rows rowsOf(const Document& document, const Group& group) const {

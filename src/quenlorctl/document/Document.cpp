@@ -5,8 +5,6 @@
 namespace quenlor::ctl {
 namespace {
 
-constexpr uint32_t kSourcesOfScan = 102;
-
 // What a document of unusual size has taken is given back.
 constexpr size_t kKeptTexts = 1 << 20;
 constexpr size_t kKeptEntries = 1 << 16;

@@ -14,6 +14,8 @@
 
 namespace quenlor::ctl {
 
+inline constexpr uint32_t kSourcesOfScan = 102;  // Scan Info: Sources
+
 // A place in a file, line and column from 1; line 0 when none is known.
 struct Place {
   uint64_t line = 0;

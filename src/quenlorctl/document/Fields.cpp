@@ -153,6 +153,10 @@ const Group* findGroupElement(std::string_view element, uint32_t hint) {
 
 const Group* findGroupId(uint32_t id) { return findById(groups(), id); }
 
+bool isAmong(const std::vector<const Group*>& wanted, const Group& group) {
+  return wanted.empty() || std::find(wanted.begin(), wanted.end(), &group) != wanted.end();
+}
+
 const Group* findGroupName(std::string_view name) {
   const std::string wanted(name);
   const auto is = [&wanted](std::string_view known) {

@@ -68,5 +68,7 @@ const Group* findGroupElement(std::string_view element, uint32_t hint = 0);
 const Group* findGroupId(uint32_t id);
 // By catalogue, element or SQL name, whatever the case; null when there is none.
 const Group* findGroupName(std::string_view name);
+// True for a group of the list; an empty list is of all.
+bool isAmong(const std::vector<const Group*>& wanted, const Group& group);
 
 }  // namespace quenlor::ctl

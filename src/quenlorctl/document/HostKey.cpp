@@ -1,14 +1,13 @@
 #include "quenlorctl/document/HostKey.h"
 
-#include <algorithm>
-#include <array>
 #include <cctype>
 #include <charconv>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 #include "base/Utf8.h"
 #include "identity/FirmwareText.h"
+#include "identity/UuidText.h"
 
 namespace quenlor::ctl {
 namespace {
@@ -26,12 +25,6 @@ constexpr uint32_t kHostname = 3;          // UNIX System Params
 }  // namespace attribute
 
 constexpr size_t kUuidDigits = 32;
-// DMTF DSP0134, 7.2.1: the first three fields are stored with their bytes reversed.
-constexpr std::array<size_t, 16> kCanonicalOrder = {3, 2, 1,  0,  5,  4,  7,  6,
-                                                    8, 9, 10, 11, 12, 13, 14, 15};
-constexpr std::string_view CONSTANT_UUIDS[] = {"03000200-0400-0500-0006-000700080009",
-                                               "00020003-0004-0005-0006-000700080009",
-                                               "12345678-1234-5678-90ab-cddeefaabbcc"};
 
 std::string lowerHexDigits(std::string_view text) {
   std::string digits;
@@ -42,31 +35,19 @@ std::string lowerHexDigits(std::string_view text) {
   return digits;
 }
 
-std::string dashed(const std::string& digits) {
-  return digits.substr(0, 8) + "-" + digits.substr(8, 4) + "-" + digits.substr(12, 4) + "-" +
-         digits.substr(16, 4) + "-" + digits.substr(20);
-}
-
 std::string canonical(const std::string& storedDigits) {
   std::string digits;
-  for (const size_t place : kCanonicalOrder) digits += storedDigits.substr(2 * place, 2);
+  for (const size_t place : kSwappedUuidOrder) digits += storedDigits.substr(2 * place, 2);
   return digits;
-}
-
-// All bytes alike, or what a maker puts into every board.
-bool isConstant(const std::string& digits) {
-  size_t alike = 2;
-  while (alike < digits.size() && digits[alike] == digits[alike % 2]) ++alike;
-  return alike == digits.size() || std::find(std::begin(CONSTANT_UUIDS), std::end(CONSTANT_UUIDS),
-                                             dashed(digits)) != std::end(CONSTANT_UUIDS);
 }
 
 std::optional<std::string> uuidOf(std::string_view text, bool isStored) {
   std::string digits = lowerHexDigits(text);
   if (digits.size() != kUuidDigits) return {};
   if (isStored) digits = canonical(digits);
-  if (isConstant(digits)) return {};
-  return dashed(digits);
+  std::string uuid = uuidOfDigits(std::move(digits));
+  if (isConstantUuid(uuid)) return {};
+  return uuid;
 }
 
 std::optional<std::string> systemUuid(const Document& document) {

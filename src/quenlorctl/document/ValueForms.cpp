@@ -10,7 +10,6 @@ namespace quenlor::ctl {
 namespace {
 
 constexpr std::string_view kDateTimePattern = "0000-00-00-00.00.00.!!!!!!";
-constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::string_view kDigits = "0123456789";
 constexpr size_t kDecimals = 6;
 
@@ -27,21 +26,6 @@ std::optional<Integer> decimal(std::string_view text) {
 }
 
 std::optional<uint64_t> unsignedDecimal(std::string_view text) { return decimal<uint64_t>(text); }
-
-std::optional<int64_t> signedDecimal(std::string_view text) {
-  if (text.starts_with('+')) {
-    text.remove_prefix(1);
-    if (text.starts_with('-')) return {};
-  }
-  return decimal<int64_t>(text);
-}
-
-// Blanks are collapsed where a number is one of several kinds of value.
-std::string_view withoutBlanks(std::string_view text) {
-  const size_t first = text.find_first_not_of(kBlanks);
-  if (first == text.npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 bool matches(char character, char pattern) {
   if (pattern == '0') return character >= '0' && character <= '9';
@@ -96,6 +80,14 @@ std::optional<Number> dateTimeOf(std::string_view text) {
 
 }  // namespace
 
+std::optional<int64_t> signedDecimal(std::string_view text) {
+  if (text.starts_with('+')) {
+    text.remove_prefix(1);
+    if (text.starts_with('-')) return {};
+  }
+  return decimal<int64_t>(text);
+}
+
 bool isValid(const Field& field, std::string_view text) {
   switch (field.form) {
     case Form::kNumber:
@@ -107,7 +99,8 @@ bool isValid(const Field& field, std::string_view text) {
     case Form::kDateTime:
       return text.empty() || isDateTime(text);
     case Form::kWord:
-      return field.hasWord(text) || unsignedDecimal(withoutBlanks(text)).has_value();
+      // Blanks are collapsed where a number is one of several kinds of value.
+      return field.hasWord(text) || unsignedDecimal(trimmed(text)).has_value();
     default:
       return field.words.empty() || field.hasWord(text);
   }

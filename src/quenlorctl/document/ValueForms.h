@@ -28,6 +28,9 @@ bool isValid(const Field& field, std::string_view text);
 // the year 9999, is of its form, and so is an empty yes or no, which nobody knows.
 std::optional<Number> numberOf(const Field& field, std::string_view text);
 
+// A whole number of 64 bits, behind a sign or without one; nothing for any other text.
+std::optional<int64_t> signedDecimal(std::string_view text);
+
 // A date-time of a document, 2026-11-22-01.02.03.000000, as ISO 8601 without a zone,
 // 2026-11-22T01:02:03; nothing for any other text.
 std::optional<std::string> isoDateTime(std::string_view text);

@@ -1,7 +1,7 @@
 #include "quenlorctl/input/ElementBuilder.h"
 
-#include <charconv>
 #include <cstring>
+#include <utility>
 
 #include "quenlorctl/input/DocumentParser.h"
 
@@ -13,14 +13,10 @@ constexpr std::string_view kBlanks = " \t\r\n";
 
 enum Depth : size_t { kRootDepth = 1, kGroupDepth = 2, kValueDepth = 3 };
 
+// The schema's versions have 32 bits.
 bool isInteger(std::string_view text) {
-  if (text.starts_with('+')) {
-    text.remove_prefix(1);
-    if (text.starts_with('-')) return false;
-  }
-  int32_t value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc() && end == text.data() + text.size();
+  const auto value = signedDecimal(text);
+  return value && std::in_range<int32_t>(*value);
 }
 
 // What any element may carry: declarations of prefixes, and where a schema is.
@@ -126,9 +122,8 @@ void ElementBuilder::addStrayText(std::string_view text) {
   }
 }
 
-std::optional<std::string> ElementBuilder::startSection() {
+void ElementBuilder::startSection() {
   if (m_depth == kRootDepth || m_depth == kGroupDepth) find("text where only elements may stand");
-  return {};
 }
 
 void ElementBuilder::endElement(std::string_view name) {
@@ -166,22 +161,27 @@ void ElementBuilder::endNested() {
   m_nested.clear();
 }
 
-void ElementBuilder::checkNoAttributes(Attributes attributes) {
+template <class Known>
+void ElementBuilder::checkAttributes(Attributes attributes, Known isKnown) {
   for (; *attributes != nullptr; attributes += 2) {
-    if (!isOfXml(attributes[0], attributes[1])) find("unexpected " + quoted(attributes[0]));
+    if (!isKnown(attributes[0], attributes[1]) && !isOfXml(attributes[0], attributes[1])) {
+      find("unexpected " + quoted(attributes[0]));
+    }
   }
+}
+
+void ElementBuilder::checkNoAttributes(Attributes attributes) {
+  checkAttributes(attributes, [](const char*, const char*) { return false; });
 }
 
 void ElementBuilder::checkVersion(Attributes attributes) {
   bool hasVersion = false;
-  for (; *attributes != nullptr; attributes += 2) {
-    if (std::strcmp(attributes[0], "version") == 0) {
-      hasVersion = true;
-      if (!isInteger(attributes[1])) find(quoted(attributes[1]) + " is no version");
-    } else if (!isOfXml(attributes[0], attributes[1])) {
-      find("unexpected " + quoted(attributes[0]));
-    }
-  }
+  checkAttributes(attributes, [&](const char* name, const char* value) {
+    if (std::strcmp(name, "version") != 0) return false;
+    hasVersion = true;
+    if (!isInteger(value)) find(quoted(value) + " is no version");
+    return true;
+  });
   if (!hasVersion) find(quoted(m_group->element) + " has no version");
 }
 
@@ -189,13 +189,11 @@ void ElementBuilder::checkKey(Attributes attributes) {
   if (!m_isFirst) find("a second " + quoted(m_element));
   if (!m_field->isKey) return checkNoAttributes(attributes);
   bool isMarked = false;
-  for (; *attributes != nullptr; attributes += 2) {
-    if (std::strcmp(attributes[0], "IsKey") == 0) {
-      isMarked = std::strcmp(attributes[1], "1") == 0;
-    } else if (!isOfXml(attributes[0], attributes[1])) {
-      find("unexpected " + quoted(attributes[0]));
-    }
-  }
+  checkAttributes(attributes, [&](const char* name, const char* value) {
+    if (std::strcmp(name, "IsKey") != 0) return false;
+    isMarked = std::strcmp(value, "1") == 0;
+    return true;
+  });
   if (!isMarked) find("key " + quoted(m_element) + " is not marked IsKey=\"1\"");
 }
 

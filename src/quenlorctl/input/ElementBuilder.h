@@ -24,10 +24,10 @@ class ElementBuilder {
   // Clears the document that is to be filled; it must live as long as it is.
   void start(Document& document);
 
-  // Each returns nothing, or why the document is refused.
+  // Those that return a text say why the document is refused, or nothing.
   std::optional<std::string> startElement(std::string_view name, Attributes attributes);
   std::optional<std::string> addText(std::string_view text);
-  std::optional<std::string> startSection();  // a CDATA section
+  void startSection();  // a CDATA section
   void endElement(std::string_view name);
 
   bool hasRoot() const { return m_hasRoot; }
@@ -41,6 +41,9 @@ class ElementBuilder {
   void endValue();
   void endNested();
   void addStrayText(std::string_view text);
+  // Tells of attributes that neither `isKnown` (a name, a value) nor XML itself knows.
+  template <class Known>
+  void checkAttributes(Attributes attributes, Known isKnown);
   void checkNoAttributes(Attributes attributes);
   void checkVersion(Attributes attributes);
   void checkKey(Attributes attributes);

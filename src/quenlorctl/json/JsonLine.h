@@ -37,7 +37,6 @@ using JsonLine = rapidjson::Writer<JsonStream, rapidjson::UTF8<>, rapidjson::ASC
 void putKey(JsonLine& line, std::string_view name);
 void putText(JsonLine& line, std::string_view text);
 // As jsonDocument() writes it; what is not known is an empty text.
-// text.
 void putValue(JsonLine& line, const Document& document, const Document::Value& value);
 
 }  // namespace quenlor::ctl

@@ -29,9 +29,9 @@ std::optional<ReadDocument> readOne(Run& run, const std::string& file) {
   return {};
 }
 
-void compare(Run& run, const Document& before, const Document& after) {
+void compare(Run& run, const DiffOptions& terms, const Document& before, const Document& after) {
   const CommandLine& options = run.options();
-  const auto facts = diffDocuments(before, after, {options.isAll, run.wantedGroups()});
+  const auto facts = diffDocuments(before, after, terms);
   if (!facts.empty()) run.worsen(kDifferent);
   if (!options.isQuiet) writeOutput(options.isJson ? diffJson(facts) : diffText(facts));
 }
@@ -48,14 +48,14 @@ void accept(const std::string& baseline, const std::string& bytes) {
   file.finish();
 }
 
-void compareWithBaseline(Run& run) {
+void compareWithBaseline(Run& run, const DiffOptions& terms) {
   const CommandLine& options = run.options();
   const auto after = readOne(run, options.files[0]);
   if (!after) return;
   if (!isFirstTime(options)) {
     const auto before = readOne(run, options.baseline);
     if (!before) return;
-    compare(run, before->document, after->document);
+    compare(run, terms, before->document, after->document);
   }
   if (options.isAccepted) accept(options.baseline, after->bytes);
 }
@@ -64,11 +64,11 @@ void compareWithBaseline(Run& run) {
 
 void runDiff(Run& run) {
   const CommandLine& options = run.options();
-  run.wantedGroups();
-  if (!options.baseline.empty()) return compareWithBaseline(run);
+  const DiffOptions terms{options.isAll, run.wantedGroups()};
+  if (!options.baseline.empty()) return compareWithBaseline(run, terms);
   const auto before = readOne(run, options.files[0]);
   const auto after = readOne(run, options.files[1]);
-  if (before && after) compare(run, before->document, after->document);
+  if (before && after) compare(run, terms, before->document, after->document);
 }
 
 }  // namespace quenlor::ctl

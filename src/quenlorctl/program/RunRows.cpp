@@ -1,6 +1,5 @@
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <map>
@@ -72,17 +71,13 @@ class RowCommand {
   void write(const Document& document) {
     const RowHead head = RowHead::of(document, m_host);
     for (const Document::Row& row : document.rows()) {
-      if (row.group != nullptr && isWanted(row.group)) writeRow(head, document, row);
+      if (row.group != nullptr && isAmong(m_groups, *row.group)) writeRow(head, document, row);
     }
   }
 
   void finish() { m_output.finish(); }
 
  private:
-  bool isWanted(const Group* group) const {
-    return m_groups.empty() || std::find(m_groups.begin(), m_groups.end(), group) != m_groups.end();
-  }
-
   void writeRow(const RowHead& head, const Document& document, const Document::Row& row) {
     m_line.clear();
     if (m_options.isCsv) {

@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "base/NaturalOrder.h"
+#include "identity/UuidText.h"
 #include "readers/block/DeviceMapper.h"
 #include "readers/block/SysfsAttributes.h"
-#include "readers/block/UuidText.h"
 
 namespace quenlor {
 namespace {

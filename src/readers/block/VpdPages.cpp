@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "base/Text.h"
-#include "readers/block/UuidText.h"
+#include "identity/UuidText.h"
 
 namespace quenlor {
 namespace {
